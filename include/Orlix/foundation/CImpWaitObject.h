@@ -1,0 +1,36 @@
+#pragma once
+
+#include <Orlix/foundation/CObject.h>
+#include <Orlix/foundation/IWaitObject.h>
+
+#include <pthread.h>
+
+namespace Orlix {
+
+/** An auto-reset event with memory, on a condition variable that runs on the monotonic clock.
+ *  Results of the system calls are not looked at. */
+class ORLIX_API CImpWaitObject final : public IWaitObject {
+    ORLIX_HEAP_CLASS(L"CImpWaitObject")
+
+public:
+    CImpWaitObject();
+    CImpWaitObject(const CImpWaitObject&) = delete;
+    CImpWaitObject& operator=(const CImpWaitObject&) = delete;
+    ~CImpWaitObject() override;
+
+    void reset() override;
+    void wait(unsigned int uiMilliseconds) override;
+    void forceWait(unsigned int uiMilliseconds) override;
+    void notify() override;
+
+protected:
+    pthread_mutex_t m_mutex;
+    pthread_cond_t m_condition;
+    pthread_condattr_t m_attribute;
+    bool m_bSignaled; // guarded by m_mutex
+
+private:
+    void waitUntilSignaled();
+    void waitOnceUntilDeadline(unsigned int uiMilliseconds);
+};
+} // namespace Orlix
