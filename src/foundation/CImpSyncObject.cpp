@@ -10,7 +10,5 @@ CImpSyncObject::CImpSyncObject() {
     pthread_mutexattr_destroy(&attribute);
 }
 
-CImpSyncObject::~CImpSyncObject() {
-    pthread_mutex_destroy(&m_mutex);
-}
+CImpSyncObject::~CImpSyncObject() { pthread_mutex_destroy(&m_mutex); }
 } // namespace Orlix

@@ -69,8 +69,7 @@ void CImpWaitObject::forceWait(unsigned int uiMilliseconds) {
     left.tv_sec = uiMilliseconds / 1000;
     left.tv_usec = uiMilliseconds % 1000 * 1000;
     // A signal handler interrupts select; Linux leaves the time that remains in the argument.
-    while (select(0, nullptr, nullptr, nullptr, &left) == -1 && errno == EINTR) {
-    }
+    while (select(0, nullptr, nullptr, nullptr, &left) == -1 && errno == EINTR) {}
 }
 
 void CImpWaitObject::notify() {

@@ -6,7 +6,5 @@ namespace Orlix {
 
 CSyncObject::CSyncObject() : m_pImp(new CImpSyncObject) {}
 
-CSyncObject::~CSyncObject() {
-    delete m_pImp;
-}
+CSyncObject::~CSyncObject() { delete m_pImp; }
 } // namespace Orlix

@@ -6,9 +6,7 @@ namespace Orlix {
 
 CWaitObject::CWaitObject(const CString&) : m_pImp(new CImpWaitObject) {}
 
-CWaitObject::~CWaitObject() {
-    delete m_pImp;
-}
+CWaitObject::~CWaitObject() { delete m_pImp; }
 
 void CWaitObject::wait(unsigned int uiMilliseconds) {
     if (m_pImp)

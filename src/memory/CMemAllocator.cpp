@@ -24,17 +24,13 @@ constexpr unsigned int USUAL_POOL_STEP = 8;
 using tagMemPool = CMemAllocator::tagMemPool;
 using tagMemPoolBlock = CMemAllocator::tagMemPoolBlock;
 
-template <class T>
-T load(const unsigned char* pFrom) {
+template <class T> T load(const unsigned char* pFrom) {
     T value;
     std::memcpy(&value, pFrom, sizeof(T));
     return value;
 }
 
-template <class T>
-void store(unsigned char* pTo, T value) {
-    std::memcpy(pTo, &value, sizeof(T));
-}
+template <class T> void store(unsigned char* pTo, T value) { std::memcpy(pTo, &value, sizeof(T)); }
 
 unsigned int getCheckWord(const unsigned char* pHeader) {
     return static_cast<unsigned int>(reinterpret_cast<std::uintptr_t>(pHeader)) ^ CHECK_WORD_KEY;
@@ -132,9 +128,7 @@ void CMemAllocator::free(void* pBlock) {
     pPool->pFreeUnits = pHeader;
 }
 
-void CMemAllocator::unInitialize() {
-    freeAllPool();
-}
+void CMemAllocator::unInitialize() { freeAllPool(); }
 
 CMemAllocator::tagMemPool* CMemAllocator::findFitPool(unsigned int uiSize) {
     const unsigned int uiGuess = (uiSize - (uiSize != 0)) / USUAL_POOL_STEP;
@@ -190,8 +184,8 @@ unsigned char* CMemAllocator::carveUnit(tagMemPool* pPool) {
 bool CMemAllocator::addPoolBlock(tagMemPool* pPool) {
     const bool bFirst = !pPool->pBlocks && pPool->uiInitialCount != 0;
     const unsigned int uiCount = bFirst ? pPool->uiInitialCount : pPool->uiGrowCount;
-    const std::uint64_t uiSize = ((m_uiAlignmentMask + 40) & ~m_uiAlignmentMask) +
-                                 std::uint64_t(pPool->uiUnitSize) * uiCount - UNIT_HEADER_SIZE;
+    const std::uint64_t uiSize =
+        ((m_uiAlignmentMask + 40) & ~m_uiAlignmentMask) + std::uint64_t(pPool->uiUnitSize) * uiCount - UNIT_HEADER_SIZE;
     auto* const pBlock =
         static_cast<tagMemPoolBlock*>(uiCount != 0 && uiSize <= UINT_MAX ? std::malloc(uiSize) : nullptr);
     if (!pBlock) {

@@ -16,8 +16,7 @@ struct tagChildResult {
 
 /** Runs fnBody in a child whose standard output is fresh, without orientation, so that the library's wide lines can be
  *  read. The child ends with the value that fnBody returns, without running destructors of static objects. */
-template <class F>
-tagChildResult runInChild(F fnBody) {
+template <class F> tagChildResult runInChild(F fnBody) {
     int aryPipe[2];
     if (pipe(aryPipe) != 0)
         return {"no pipe", -1};

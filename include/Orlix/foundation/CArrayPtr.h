@@ -8,8 +8,7 @@ namespace Orlix {
  *  passes by value through a call and is freed exactly once.
  *
  *  Elements are bytes and characters: none is constructed or destroyed. Threads: none of its own. */
-template <class T>
-class ORLIX_API CArrayPtr : public CObject {
+template <class T> class ORLIX_API CArrayPtr : public CObject {
     ORLIX_HEAP_CLASS(L"CArrayPtr")
 
 public:

@@ -7,8 +7,7 @@ namespace Orlix {
 /** Holds one reference to an object as long as it points to it.
  *
  *  Threads: none of its own; see the object's. */
-template <class T>
-class ORLIX_API CObjectPtr {
+template <class T> class ORLIX_API CObjectPtr {
 public:
     CObjectPtr() noexcept : m_pObject(nullptr) {}
     /** @param pObject gets one more reference; null points nowhere. */

@@ -29,9 +29,9 @@ public:
         unsigned int uiDataSize; // the largest request this pool serves
         unsigned int uiInitialCount;
         unsigned int uiGrowCount;
-        unsigned int uiTotalCount;      // units in all its blocks
-        tagMemPoolBlock* pBlocks;       // newest first; only the newest is ever carved
-        unsigned char* pFreeUnits;      // headers of released units, last in first out
+        unsigned int uiTotalCount; // units in all its blocks
+        tagMemPoolBlock* pBlocks;  // newest first; only the newest is ever carved
+        unsigned char* pFreeUnits; // headers of released units, last in first out
     };
 
     /** Has no pools yet: every request is a big block. */

@@ -9,7 +9,8 @@ class ORLIX_API IMemManagerListener {
 public:
     virtual ~IMemManagerListener() = default;
     /** Releases what it can; the failed request is then tried once more. Called on the thread whose allocation
-     *  failed, under the manager's retry lock. It may allocate: what fails meanwhile gives null without another call. */
+     *  failed, under the manager's retry lock. It may allocate: what fails meanwhile gives null without another call.
+     */
     virtual void onMemoryShortage() = 0;
 };
 } // namespace Orlix
