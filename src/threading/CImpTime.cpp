@@ -25,6 +25,7 @@ CTime CImpTime::getCurrentTime() {
     gettimeofday(&second, nullptr);
     const time_t lSecond = time(nullptr);
     // The second may change between the two clocks of the first pair, but not again within the next pair.
+    // The seconds come from the coarse clock on purpose, also where it lags behind the fine one by a tick.
     if (first.tv_sec == second.tv_sec)
         return fromLocalTime(lFirst, first.tv_usec);
     return fromLocalTime(lSecond, second.tv_usec);

@@ -63,7 +63,7 @@ CTime CTime::getCurrentTime() {
 unsigned int CTime::getTickCount() {
     CImpTime imp;
     const unsigned int uiRaw = imp.getTickCount();
-    if (s_ulStartTickCount == 0) {
+    if (s_ulStartTickCount == 0) { // also after a first raw tick of 0, which then counts as none
         s_ulStartTickCount = uiRaw;
         return 0;
     }
