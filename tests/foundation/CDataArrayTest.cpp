@@ -41,8 +41,7 @@ struct tagForeign {
     bool operator==(const tagForeign& other) const { return iValue == other.iValue; }
 };
 
-template <class T>
-class COpenArray : public CDataArray<T> {
+template <class T> class COpenArray : public CDataArray<T> {
 public:
     using CDataArray<T>::CDataArray;
     using CDataArray<T>::m_pData;
@@ -232,7 +231,9 @@ TEST(CDataArray, BehavesLikeAVector) {
                 vec.clear();
             }
             break;
-        default: ary.add(iValue); vec.push_back(iValue);
+        default:
+            ary.add(iValue);
+            vec.push_back(iValue);
         }
         ASSERT_EQ(ary.getSize(), vec.size());
     }

@@ -153,7 +153,9 @@ TEST(CDataList, BehavesLikeAVector) {
                 vec.clear();
             }
             break;
-        default: lst.add(i); vec.push_back(i);
+        default:
+            lst.add(i);
+            vec.push_back(i);
         }
         ASSERT_EQ(readForward(lst), vec);
         VecInt vecBack = readBackward(lst);

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <Orlix/foundation/OrlixApi.h>
+
+namespace Orlix {
+
+class CObject;
+
+/** A receiver of its own for one system message, after the center's listener. */
+class ORLIX_API IMsgSystemListener {
+public:
+    virtual ~IMsgSystemListener() = default;
+    /** On the host thread. @param pData valid for the call; add a reference to keep it. May be null. */
+    virtual void onHandleSystemMessage(unsigned int uiID, CObject* pData) = 0;
+};
+} // namespace Orlix

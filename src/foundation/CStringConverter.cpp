@@ -1,0 +1,670 @@
+#include <Orlix/foundation/CStringConverter.h>
+
+#include <Orlix/foundation/CDataArray.h>
+#include <Orlix/foundation/CDataList.h>
+#include <Orlix/foundation/CString.h>
+#include <Orlix/foundation/CStringCore.h>
+#include <Orlix/memory/CMemory.h>
+
+#include "foundation/CUTF8Codec.h"
+
+#include <algorithm>
+#include <climits>
+#include <clocale>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <cwchar>
+
+namespace Orlix {
+
+namespace {
+
+/** Takes a block for a text and its terminator. @return null without memory and for a size beyond 32 bits. */
+wchar_t* allocText(std::size_t uiLength) {
+    if (uiLength >= UINT_MAX / sizeof(wchar_t))
+        return nullptr;
+    return static_cast<wchar_t*>(CMemory::malloc(static_cast<unsigned int>((uiLength + 1) * sizeof(wchar_t)), 0));
+}
+
+/** Terminates a text that allocText gave and hands it over. */
+void adoptText(CString& strResult, wchar_t* pText, std::size_t uiLength) {
+    pText[uiLength] = L'\0';
+    strResult.attach(pText, static_cast<int>(uiLength));
+}
+
+wchar_t* appendText(wchar_t* pTarget, const wchar_t* pText, std::size_t uiLength) {
+    if (uiLength != 0)
+        std::memcpy(pTarget, pText, uiLength * sizeof(wchar_t));
+    return pTarget + uiLength;
+}
+
+// Numbers from text. The parsers work on a wide or a narrow text and end at a terminator or at pEnd, null for none.
+
+template <class TChar> bool isDigit(TChar ch) { return ch >= '0' && ch <= '9'; }
+
+template <class TNumber, class TChar> TNumber parseDecimal(const TChar* pText, const TChar* pEnd) {
+    TNumber uiValue = 0; // unsigned: a number too large wraps
+    for (; pText != pEnd && isDigit(*pText); ++pText)
+        uiValue = uiValue * 10 + static_cast<TNumber>(*pText - TChar('0'));
+    return uiValue;
+}
+
+template <class TNumber, class TChar> TNumber parseSigned(const TChar* pText) {
+    if (!pText)
+        return 0;
+    if (*pText == TChar('-'))
+        return TNumber(0) - parseDecimal<TNumber, TChar>(pText + 1, nullptr);
+    return parseDecimal<TNumber, TChar>(pText, nullptr);
+}
+
+template <class TChar> unsigned int parseHexadecimal(const TChar* pText, const TChar* pEnd) {
+    unsigned int uiValue = 0;
+    for (; pText != pEnd && *pText != 0; ++pText) {
+        const TChar ch = *pText;
+        if (isDigit(ch))
+            uiValue = uiValue << 4 | static_cast<unsigned int>(ch - TChar('0'));
+        else if (ch >= TChar('a') && ch <= TChar('f'))
+            uiValue = uiValue << 4 | static_cast<unsigned int>(ch - TChar('a') + 10);
+        else if (ch >= TChar('A') && ch <= TChar('F'))
+            uiValue = uiValue << 4 | static_cast<unsigned int>(ch - TChar('A') + 10);
+        // Any other character is skipped, not taken as the end as in the decimal form: that is meant.
+    }
+    return uiValue;
+}
+
+template <class TChar> unsigned int parseUnsigned(const TChar* pText, const TChar* pEnd) {
+    if (!pText || pText == pEnd)
+        return 0;
+    const TChar* const pSecond = pText + 1;
+    if (*pText == TChar('0') && pSecond != pEnd && (*pSecond == TChar('x') || *pSecond == TChar('X')))
+        return parseHexadecimal(pText + 2, pEnd);
+    return parseDecimal<unsigned int>(pText, pEnd);
+}
+
+template <class TChar> float parseFloat(const TChar* pText) {
+    if (!pText)
+        return 0.0f;
+    const bool bNegative = *pText == TChar('-');
+    if (bNegative)
+        ++pText;
+    double dValue = 0.0;
+    for (; isDigit(*pText); ++pText)
+        dValue = dValue * 10.0 + static_cast<double>(*pText - TChar('0'));
+    if (*pText == TChar('.')) {
+        // Single precision on purpose: the same text has to give the same bits as ever.
+        float fDivisor = 10.0f;
+        for (++pText; isDigit(*pText); ++pText, fDivisor *= 10.0f)
+            dValue += static_cast<double>(static_cast<float>(*pText - TChar('0')) / fDivisor);
+    }
+    const float fValue = static_cast<float>(dValue);
+    return bNegative ? -fValue : fValue;
+}
+
+template <class TChar> bool parseBool(const TChar* pText) {
+    return pText && pText[0] == TChar('t') && pText[1] == TChar('r') && pText[2] == TChar('u') &&
+           pText[3] == TChar('e') && pText[4] == 0;
+}
+
+// Text from numbers, two digits at a time.
+
+struct tagDigitPairs {
+    wchar_t aryPair[100][2];
+};
+
+constexpr tagDigitPairs makeDigitPairs() {
+    tagDigitPairs pairs{};
+    for (int i = 0; i < 100; ++i) {
+        pairs.aryPair[i][0] = static_cast<wchar_t>(L'0' + i / 10);
+        pairs.aryPair[i][1] = static_cast<wchar_t>(L'0' + i % 10);
+    }
+    return pairs;
+}
+
+constexpr tagDigitPairs DIGIT_PAIRS = makeDigitPairs();
+
+template <class TNumber> unsigned int countDigits(TNumber uiValue) {
+    unsigned int uiCount = 1;
+    for (;; uiCount += 4, uiValue /= 10000) {
+        if (uiValue < 10)
+            return uiCount;
+        if (uiValue < 100)
+            return uiCount + 1;
+        if (uiValue < 1000)
+            return uiCount + 2;
+        if (uiValue < 10000)
+            return uiCount + 3;
+    }
+}
+
+/** Writes the digits without a terminator. @return behind the last one. */
+template <class TNumber> wchar_t* writeDigits(TNumber uiValue, wchar_t* pBuffer) {
+    wchar_t* const pEnd = pBuffer + countDigits(uiValue);
+    wchar_t* pWrite = pEnd;
+    while (uiValue >= 100) {
+        pWrite -= 2;
+        std::memcpy(pWrite, DIGIT_PAIRS.aryPair[uiValue % 100], sizeof(DIGIT_PAIRS.aryPair[0]));
+        uiValue /= 100;
+    }
+    if (uiValue >= 10)
+        std::memcpy(pBuffer, DIGIT_PAIRS.aryPair[uiValue], sizeof(DIGIT_PAIRS.aryPair[0]));
+    else
+        *pBuffer = static_cast<wchar_t>(L'0' + static_cast<int>(uiValue));
+    return pEnd;
+}
+
+template <class TUnsigned, class TSigned> void writeSigned(TSigned iValue, wchar_t* pBuffer) {
+    TUnsigned uiValue = static_cast<TUnsigned>(iValue);
+    if (iValue < 0) {
+        *pBuffer++ = L'-';
+        uiValue = 0 - uiValue; // unsigned: right for the most negative value too
+    }
+    writeDigits(uiValue, pBuffer);
+}
+
+constexpr const char* MBCS_LOCALE = "zh_CN.utf8";
+
+// Formatting.
+
+constexpr std::size_t FORMAT_CHARS = 1024;        // the first try of a formatted text, on the stack
+constexpr std::size_t FORMAT_CHARS_MOST = 524288; // the last of ten tries, each twice the one before
+
+/** Formats without using up the arguments. @return as vswprintf: negative if the text does not fit. */
+int tryFormat(wchar_t* pBuffer, std::size_t uiSize, const wchar_t* pFormat, va_list listArgs) {
+    va_list listCopy;
+    va_copy(listCopy, listArgs);
+    const int iCount = std::vswprintf(pBuffer, uiSize, pFormat, listCopy);
+    va_end(listCopy);
+    return iCount;
+}
+
+/** What is left of the measuring when the first try was too small. */
+int measureLongFormat(const wchar_t* pFormat, va_list listArgs) {
+    for (std::size_t uiSize = FORMAT_CHARS * 2; uiSize <= FORMAT_CHARS_MOST; uiSize *= 2) {
+        wchar_t* const pBuffer = allocText(uiSize - 1);
+        if (!pBuffer)
+            return -1;
+        const int iCount = tryFormat(pBuffer, uiSize, pFormat, listArgs);
+        CMemory::free(pBuffer);
+        if (iCount >= 0)
+            return iCount;
+    }
+    return -1;
+}
+
+/** A format in which "%s" stands for a wide text. There is no escape, on purpose: "%%s" is rewritten too. */
+class CWideFormat {
+public:
+    explicit CWideFormat(const wchar_t* pFormat) : m_pFormat(pFormat) {
+        const wchar_t* const pFirst = std::wcsstr(pFormat, L"%s");
+        if (!pFirst)
+            return;
+        const std::size_t uiLength = std::wcslen(pFormat);
+        if (uiLength > SHORT_FORMAT) {
+            m_strLong = pFormat;
+            m_strLong.replaceAll(L"%s", L"%ls");
+            m_pFormat = m_strLong.getBuffer();
+            return;
+        }
+        rewriteShort(static_cast<std::size_t>(pFirst - pFormat), uiLength);
+        m_pFormat = m_aryShort;
+    }
+
+    /** Null without memory. */
+    const wchar_t* get() const noexcept { return m_pFormat; }
+
+private:
+    static constexpr std::size_t SHORT_FORMAT = 256;
+
+    const wchar_t* m_pFormat;
+    CString m_strLong;
+    wchar_t m_aryShort[SHORT_FORMAT / 2 * 3 + 1]; // each "%s" grows by one character
+
+    void rewriteShort(std::size_t uiFirst, std::size_t uiLength) {
+        const wchar_t* pRead = m_pFormat + uiFirst;
+        wchar_t* pWrite = appendText(m_aryShort, m_pFormat, uiFirst);
+        for (const wchar_t* const pEnd = m_pFormat + uiLength; pRead != pEnd; ++pRead) {
+            *pWrite++ = *pRead;
+            if (*pRead == L'%' && pRead[1] == L's')
+                *pWrite++ = L'l';
+        }
+        *pWrite = L'\0';
+    }
+};
+
+CString formatList(const wchar_t* pFormat, va_list listArgs) {
+    wchar_t aryText[FORMAT_CHARS];
+    CString strResult;
+    int iCount = tryFormat(aryText, FORMAT_CHARS, pFormat, listArgs);
+    const bool bFits = iCount >= 0;
+    if (!bFits)
+        iCount = measureLongFormat(pFormat, listArgs);
+    const std::size_t uiLength = static_cast<std::size_t>(iCount);
+    wchar_t* const pText = iCount < 0 ? nullptr : allocText(uiLength);
+    if (!pText)
+        return CString(L"");
+    if (bFits)
+        appendText(pText, aryText, uiLength);
+    else
+        tryFormat(pText, uiLength + 1, pFormat, listArgs);
+    adoptText(strResult, pText, uiLength);
+    return strResult;
+}
+
+// The character tables.
+
+/** Tells quickly that a character cannot be in a table. */
+class CCharFilter {
+public:
+    void add(wchar_t ch) noexcept {
+        const std::uint32_t uiCode = static_cast<std::uint32_t>(ch);
+        if (uiCode < 128)
+            m_aryAscii[uiCode / 64] |= std::uint64_t(1) << uiCode % 64;
+        else
+            m_bOthers = true;
+    }
+    bool mayHave(wchar_t ch) const noexcept {
+        const std::uint32_t uiCode = static_cast<std::uint32_t>(ch);
+        return uiCode < 128 ? (m_aryAscii[uiCode / 64] >> uiCode % 64 & 1) != 0 : m_bOthers;
+    }
+
+private:
+    std::uint64_t m_aryAscii[2] = {0, 0};
+    bool m_bOthers = false; // a character above ASCII is in the table
+};
+
+/** @return the first index, uiCount if there is none. */
+unsigned int findEntry(const wchar_t* pChars, unsigned int uiCount, wchar_t ch) {
+    unsigned int k = 0;
+    while (k < uiCount && pChars[k] != ch)
+        ++k;
+    return k;
+}
+
+// Cutting and joining.
+
+template <class T> struct tagListEnds : CDataList<T> {
+    // The list's own fields, so that reading a list leaves its cursor where it is.
+    static const tagDataListNode<T>* getHead(const CDataList<T>& list) { return list.*(&tagListEnds::m_pHead); }
+    static tagDataListNode<T>* getTail(CDataList<T>& list) { return list.*(&tagListEnds::m_pTail); }
+};
+
+// Each target takes a token from pToken up to pEnd. Strings are added null and filled in place, so that a token is
+// copied once; a target without memory for one more has not grown.
+
+void addToken(CDataArray<unsigned int>& aryTarget, const wchar_t* pToken, const wchar_t* pEnd) {
+    aryTarget.add(parseUnsigned(pToken, pEnd));
+}
+
+void addToken(CDataArray<CString>& aryTarget, const wchar_t* pToken, const wchar_t* pEnd) {
+    const unsigned int uiSize = aryTarget.getSize();
+    aryTarget.add(STRING_NULL);
+    if (aryTarget.getSize() != uiSize)
+        aryTarget[uiSize].fromBuffer(pToken, static_cast<unsigned int>(pEnd - pToken));
+}
+
+void addToken(CDataList<CString>& listTarget, const wchar_t* pToken, const wchar_t* pEnd) {
+    const unsigned int uiSize = listTarget.getSize();
+    listTarget.add(STRING_NULL);
+    if (listTarget.getSize() != uiSize)
+        tagListEnds<CString>::getTail(listTarget)->tValue.fromBuffer(pToken, static_cast<unsigned int>(pEnd - pToken));
+}
+
+template <class TTarget>
+void separateText(const wchar_t* pText, unsigned int uiLength, wchar_t chSeparator, TTarget& target, bool bStart,
+                  bool bEnd) {
+    if (!pText || uiLength == 0)
+        return;
+    const wchar_t* const pEnd = pText + uiLength;
+    const wchar_t* pToken = pText;
+    if (*pText == chSeparator) {
+        if (bStart)
+            addToken(target, pText, pText);
+        ++pToken;
+    }
+    while (const wchar_t* const pFound = std::wmemchr(pToken, chSeparator, static_cast<std::size_t>(pEnd - pToken))) {
+        addToken(target, pToken, pFound);
+        pToken = pFound + 1;
+    }
+    if (pToken != pEnd)
+        addToken(target, pToken, pEnd);
+    if (pEnd[-1] == chSeparator && bEnd)
+        addToken(target, pEnd, pEnd);
+}
+
+/** Joins texts in two passes, so that there is one allocation.
+ *  @param visitAll calls its argument with each element. @param getLength, append take an element. */
+template <class TVisitAll, class TGetLength, class TAppend>
+void mergeElements(unsigned int uiCount, wchar_t chSeparator, CString& strResult, const TVisitAll& visitAll,
+                   const TGetLength& getLength, const TAppend& append) {
+    if (uiCount == 0) {
+        strResult = L"";
+        return;
+    }
+    std::size_t uiLength = uiCount - 1;
+    visitAll([&](const auto& element) { uiLength += getLength(element); });
+    wchar_t* const pText = allocText(uiLength);
+    if (!pText)
+        return;
+    wchar_t* pWrite = pText;
+    visitAll([&](const auto& element) {
+        pWrite = append(pWrite, element);
+        *pWrite++ = chSeparator; // behind the last element the terminator takes its place
+    });
+    adoptText(strResult, pText, uiLength);
+}
+
+std::size_t getTextLength(const CString& strText) { return strText.length(); }
+
+wchar_t* appendString(wchar_t* pTarget, const CString& strText) {
+    return appendText(pTarget, strText.getBuffer(), strText.length());
+}
+
+/** A caller of visitAll for an array. */
+template <class T> auto visitArray(const CDataArray<T>& arySource) {
+    return [&arySource](const auto& visit) {
+        for (unsigned int i = 0; i < arySource.getSize(); ++i)
+            visit(arySource[i]);
+    };
+}
+} // namespace
+
+int vscwprintf(const wchar_t* pFormat, va_list listArgs) {
+    if (!pFormat)
+        return -1;
+    wchar_t aryText[FORMAT_CHARS];
+    const int iCount = tryFormat(aryText, FORMAT_CHARS, pFormat, listArgs);
+    return iCount >= 0 ? iCount : measureLongFormat(pFormat, listArgs);
+}
+
+int CStringConverter::toInt(const wchar_t* pText) { return static_cast<int>(parseSigned<unsigned int>(pText)); }
+
+int CStringConverter::toInt(const unsigned char* pText) { return static_cast<int>(parseSigned<unsigned int>(pText)); }
+
+unsigned int CStringConverter::toUInt(const wchar_t* pText) { return parseUnsigned<wchar_t>(pText, nullptr); }
+
+unsigned int CStringConverter::toUInt(const unsigned char* pText) {
+    return parseUnsigned<unsigned char>(pText, nullptr);
+}
+
+long CStringConverter::toLLong(const wchar_t* pText) { return static_cast<long>(parseSigned<unsigned long>(pText)); }
+
+long CStringConverter::toLLong(const unsigned char* pText) {
+    return static_cast<long>(parseSigned<unsigned long>(pText));
+}
+
+float CStringConverter::toFloat(const wchar_t* pText) { return parseFloat(pText); }
+
+float CStringConverter::toFloat(const unsigned char* pText) { return parseFloat(pText); }
+
+bool CStringConverter::toBool(const wchar_t* pText) { return parseBool(pText); }
+
+bool CStringConverter::toBool(const unsigned char* pText) { return parseBool(pText); }
+
+void CStringConverter::toString(int iValue, wchar_t* pBuffer) { writeSigned<unsigned int>(iValue, pBuffer); }
+
+void CStringConverter::toString(unsigned int uiValue, wchar_t* pBuffer) { writeDigits(uiValue, pBuffer); }
+
+void CStringConverter::toString(long lValue, wchar_t* pBuffer) { writeSigned<unsigned long>(lValue, pBuffer); }
+
+void CStringConverter::toString(float fValue, wchar_t* pBuffer, unsigned int uiDecimals) {
+    constexpr std::size_t BUFFER_CHARS = 32;
+    // No float has more digits behind the point, so asking for more changes nothing before the cut.
+    constexpr unsigned int MOST_DECIMALS = 160;
+    wchar_t aryText[256];
+    const int iDecimals = static_cast<int>(std::min(uiDecimals, MOST_DECIMALS));
+    std::swprintf(aryText, sizeof(aryText) / sizeof(aryText[0]), L"%.*f", iDecimals, static_cast<double>(fValue));
+    const std::size_t uiLength = std::min(std::wcslen(aryText), BUFFER_CHARS - 1);
+    *appendText(pBuffer, aryText, uiLength) = L'\0';
+}
+
+void CStringConverter::toString(bool bValue, wchar_t* pBuffer) {
+    appendText(pBuffer, bValue ? L"true" : L"false", bValue ? 4 : 5);
+}
+
+void CStringConverter::convertToUTF16(const wchar_t* pSource, unsigned char* pTarget, unsigned int uiSize) {
+    if (!pTarget || uiSize == 0)
+        return;
+    std::memset(pTarget, 0, uiSize);
+    if (!pSource)
+        return;
+    const std::size_t uiUnits = wcsnlen(pSource, uiSize / 2);
+    for (std::size_t i = 0; i < uiUnits; ++i) {
+        const std::uint16_t uiUnit = static_cast<std::uint16_t>(pSource[i]); // no surrogates: the rest is lost
+        std::memcpy(pTarget + i * 2, &uiUnit, sizeof(uiUnit));
+    }
+}
+
+void CStringConverter::convertToUTF16(const CString& strSource, unsigned char* pTarget, unsigned int uiSize) {
+    convertToUTF16(strSource.getBuffer(), pTarget, uiSize);
+}
+
+void CStringConverter::convertFromUTF16(const unsigned char* pSource, unsigned int uiSize, CString& strResult) {
+    if (!pSource || uiSize == 0)
+        return;
+    const std::size_t uiUnits = uiSize / 2;
+    wchar_t* const pText = allocText(uiUnits);
+    if (!pText)
+        return;
+    for (std::size_t i = 0; i < uiUnits; ++i) {
+        std::uint16_t uiUnit;
+        std::memcpy(&uiUnit, pSource + i * 2, sizeof(uiUnit));
+        pText[i] = static_cast<wchar_t>(uiUnit); // no byte order mark, no surrogates; a zero unit does not end it
+    }
+    adoptText(strResult, pText, uiUnits);
+}
+
+void CStringConverter::convertToUTF8(const wchar_t* pSource, unsigned char* pTarget, unsigned int uiSize,
+                                     unsigned int* pWritten) {
+    std::size_t uiWritten = 0;
+    if (pTarget && uiSize != 0 && pSource) {
+        const std::size_t uiRoom = uiSize - 1;
+        uiWritten = CUTF8Codec::encode(pSource, wcsnlen(pSource, uiRoom), pTarget, uiRoom);
+        pTarget[uiWritten] = 0;
+    }
+    if (pWritten)
+        *pWritten = static_cast<unsigned int>(uiWritten);
+}
+
+void CStringConverter::convertToUTF8(const CString& strSource, unsigned char* pTarget, unsigned int uiSize,
+                                     unsigned int* pWritten) {
+    convertToUTF8(strSource.getBuffer(), pTarget, uiSize, pWritten);
+}
+
+void CStringConverter::convertFromUTF8(const unsigned char* pSource, CString& strResult) {
+    if (!pSource) {
+        strResult = STRING_NULL;
+        return;
+    }
+    const std::size_t uiBytes = std::strlen(reinterpret_cast<const char*>(pSource));
+    wchar_t* const pText = allocText(CUTF8Codec::countCharacters(pSource, uiBytes));
+    if (pText)
+        adoptText(strResult, pText, CUTF8Codec::decode(pSource, uiBytes, pText));
+}
+
+void CStringConverter::convertToMBCS(const wchar_t* pSource, char* pTarget, unsigned int uiSize) {
+    if (!pTarget || uiSize == 0)
+        return;
+    std::memset(pTarget, 0, uiSize);
+    if (!pSource)
+        return;
+    // Set for the whole process and never set back, on purpose: hosts rely on the locale from here on.
+    std::setlocale(LC_ALL, MBCS_LOCALE);
+    std::wcstombs(pTarget, pSource, uiSize - 1);
+}
+
+void CStringConverter::convertToMBCS(const CString& strSource, char* pTarget, unsigned int uiSize) {
+    convertToMBCS(strSource.getBuffer(), pTarget, uiSize);
+}
+
+void CStringConverter::convertFromMBCS(const char* pSource, CString& strResult) {
+    if (!pSource) {
+        strResult = STRING_NULL;
+        return;
+    }
+    const std::size_t uiBytes = std::strlen(pSource);
+    wchar_t* const pText = allocText(uiBytes);
+    if (!pText)
+        return;
+    std::memset(pText, 0, (uiBytes + 1) * sizeof(wchar_t)); // of malformed text what came out first stays, terminated
+    std::setlocale(LC_ALL, MBCS_LOCALE);
+    std::mbstowcs(pText, pSource, uiBytes);
+    strResult.attach(pText, -1);
+}
+
+void CStringConverter::printf(const wchar_t* pFormat, ...) {
+    if (!pFormat)
+        return;
+    const CWideFormat format(pFormat);
+    if (!format.get())
+        return;
+    va_list listArgs;
+    va_start(listArgs, pFormat);
+    std::vwprintf(format.get(), listArgs);
+    va_end(listArgs);
+}
+
+CString CStringConverter::format(const wchar_t* pFormat, ...) {
+    if (!pFormat)
+        return CString(L"");
+    const CWideFormat format(pFormat);
+    if (!format.get())
+        return CString(L"");
+    va_list listArgs;
+    va_start(listArgs, pFormat);
+    CString strResult = formatList(format.get(), listArgs);
+    va_end(listArgs);
+    return strResult;
+}
+
+void CStringConverter::encodeChars(const wchar_t* pText, unsigned int uiLength, unsigned int uiCount,
+                                   const wchar_t* pChars, const wchar_t** ppCodes, const unsigned int* pCodeLengths,
+                                   CString& strResult) {
+    if (!pText || uiLength == 0) {
+        strResult = L"";
+        return;
+    }
+    CCharFilter filter;
+    for (unsigned int k = 0; k < uiCount; ++k)
+        filter.add(pChars[k]);
+    const auto find = [&](wchar_t ch) { return filter.mayHave(ch) ? findEntry(pChars, uiCount, ch) : uiCount; };
+
+    std::size_t uiResult = 0;
+    for (unsigned int i = 0; i < uiLength; ++i) {
+        const unsigned int k = find(pText[i]);
+        uiResult += k < uiCount ? pCodeLengths[k] : 1;
+    }
+    wchar_t* const pResult = allocText(uiResult);
+    if (!pResult)
+        return;
+    wchar_t* pWrite = pResult;
+    for (unsigned int i = 0; i < uiLength; ++i) {
+        const unsigned int k = find(pText[i]);
+        if (k < uiCount)
+            pWrite = appendText(pWrite, ppCodes[k], pCodeLengths[k]);
+        else
+            *pWrite++ = pText[i];
+    }
+    adoptText(strResult, pResult, uiResult);
+}
+
+void CStringConverter::encodeChars(const CString& strText, unsigned int uiCount, const wchar_t* pChars,
+                                   const wchar_t** ppCodes, const unsigned int* pCodeLengths, CString& strResult) {
+    encodeChars(strText.getBuffer(), strText.length(), uiCount, pChars, ppCodes, pCodeLengths, strResult);
+}
+
+void CStringConverter::decodeChars(const wchar_t* pText, unsigned int uiLength, unsigned int uiCount,
+                                   const wchar_t* pChars, const wchar_t** ppCodes, const unsigned int* pCodeLengths,
+                                   CString& strResult) {
+    if (!pText || uiLength == 0) {
+        strResult = STRING_NULL;
+        return;
+    }
+    CCharFilter filter;
+    for (unsigned int k = 0; k < uiCount; ++k) {
+        if (pCodeLengths[k] != 0)
+            filter.add(ppCodes[k][0]);
+    }
+    // The first code that stands at a position; table order decides between codes that begin alike.
+    const auto find = [&](unsigned int uiPos) {
+        unsigned int k = 0;
+        while (k < uiCount && (pCodeLengths[k] == 0 || pCodeLengths[k] > uiLength - uiPos ||
+                               CStringCore::strncmp(pText + uiPos, ppCodes[k], pCodeLengths[k]) == 0))
+            ++k;
+        return k;
+    };
+
+    wchar_t* const pResult = allocText(uiLength); // a code has at least one character, so nothing grows
+    if (!pResult)
+        return;
+    wchar_t* pWrite = pResult;
+    for (unsigned int i = 0; i < uiLength;) {
+        const unsigned int k = filter.mayHave(pText[i]) ? find(i) : uiCount;
+        *pWrite++ = k < uiCount ? pChars[k] : pText[i];
+        i += k < uiCount ? pCodeLengths[k] : 1;
+    }
+    adoptText(strResult, pResult, static_cast<std::size_t>(pWrite - pResult));
+}
+
+void CStringConverter::decodeChars(const CString& strText, unsigned int uiCount, const wchar_t* pChars,
+                                   const wchar_t** ppCodes, const unsigned int* pCodeLengths, CString& strResult) {
+    decodeChars(strText.getBuffer(), strText.length(), uiCount, pChars, ppCodes, pCodeLengths, strResult);
+}
+
+void CStringConverter::separateString(const CString& strText, wchar_t chSeparator, CDataArray<unsigned int>& aryTarget,
+                                      bool bStart, bool bEnd) {
+    separateText(strText.getBuffer(), strText.length(), chSeparator, aryTarget, bStart, bEnd);
+}
+
+void CStringConverter::separateString(const CString& strText, wchar_t chSeparator, CDataArray<CString>& aryTarget,
+                                      bool bStart, bool bEnd) {
+    // An element of the target moves when the target grows; its buffer moves along and stays where it is.
+    separateText(strText.getBuffer(), strText.length(), chSeparator, aryTarget, bStart, bEnd);
+}
+
+void CStringConverter::separateString(const CString& strText, wchar_t chSeparator, CDataList<CString>& listTarget,
+                                      bool bStart, bool bEnd) {
+    separateText(strText.getBuffer(), strText.length(), chSeparator, listTarget, bStart, bEnd);
+}
+
+void CStringConverter::split(const CString& strText, const CDataArray<wchar_t>& arySeparators,
+                             CDataArray<CString>& aryTarget, bool bStart, bool bEnd) {
+    const unsigned int uiCount = arySeparators.getSize();
+    if (uiCount == 0)
+        return;
+    if (uiCount == 1) {
+        separateString(strText, arySeparators[0], aryTarget, bStart, bEnd);
+        return;
+    }
+    CDataArray<CString> aryWork[2]; // the pieces of the last pass and of this one, in turn
+    aryWork[0].add(strText);
+    for (unsigned int i = 0; i < uiCount; ++i) {
+        const CDataArray<CString>& aryPieces = aryWork[i % 2];
+        CDataArray<CString>& aryNext = i + 1 < uiCount ? aryWork[(i + 1) % 2] : aryTarget;
+        if (&aryNext != &aryTarget)
+            aryNext.clear();
+        for (unsigned int k = 0; k < aryPieces.getSize(); ++k)
+            separateString(aryPieces[k], arySeparators[i], aryNext, bStart, bEnd);
+    }
+}
+
+void CStringConverter::mergeString(const CDataArray<CString>& arySource, wchar_t chSeparator, CString& strResult) {
+    mergeElements(arySource.getSize(), chSeparator, strResult, visitArray(arySource), getTextLength, appendString);
+}
+
+void CStringConverter::mergeString(const CDataList<CString>& listSource, wchar_t chSeparator, CString& strResult) {
+    const auto visitList = [&listSource](const auto& visit) {
+        for (auto pNode = tagListEnds<CString>::getHead(listSource); pNode; pNode = pNode->pNext)
+            visit(pNode->tValue);
+    };
+    mergeElements(listSource.getSize(), chSeparator, strResult, visitList, getTextLength, appendString);
+}
+
+void CStringConverter::mergeString(const CDataArray<unsigned int>& arySource, wchar_t chSeparator, CString& strResult) {
+    mergeElements(
+        arySource.getSize(), chSeparator, strResult, visitArray(arySource),
+        [](unsigned int uiValue) { return countDigits(uiValue); },
+        [](wchar_t* pTarget, unsigned int uiValue) { return writeDigits(uiValue, pTarget); });
+}
+} // namespace Orlix

@@ -1,0 +1,143 @@
+#include "foundation/CUTF8Codec.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+
+namespace Orlix {
+
+namespace {
+
+// Most text is ASCII, so both ways first try this many characters at once.
+constexpr std::size_t BLOCK = 16;
+
+typedef std::uint8_t VBytes __attribute__((vector_size(BLOCK)));
+typedef std::int8_t VSignedBytes __attribute__((vector_size(BLOCK)));
+typedef std::uint16_t VShorts __attribute__((vector_size(BLOCK * 2)));
+typedef std::uint32_t VWords __attribute__((vector_size(BLOCK * 4)));
+static_assert(sizeof(wchar_t) == 4, "a character is a code point");
+
+bool isAsciiBlock(const unsigned char* pBytes) {
+    std::uint64_t aryHalf[2];
+    std::memcpy(aryHalf, pBytes, sizeof(aryHalf));
+    return ((aryHalf[0] | aryHalf[1]) & 0x8080808080808080u) == 0;
+}
+
+// The conversions go through 16 bits because in one step the compilers take the vector apart.
+void widenBlock(const unsigned char* pSource, wchar_t* pTarget) {
+    VBytes vBytes;
+    std::memcpy(&vBytes, pSource, sizeof(vBytes));
+    const VWords vWords = __builtin_convertvector(__builtin_convertvector(vBytes, VShorts), VWords);
+    std::memcpy(pTarget, &vWords, sizeof(vWords));
+}
+
+bool narrowAsciiBlock(const wchar_t* pSource, unsigned char* pTarget) {
+    std::uint64_t aryPair[BLOCK / 2];
+    std::memcpy(aryPair, pSource, sizeof(aryPair));
+    const std::uint64_t uiAll =
+        (aryPair[0] | aryPair[1] | aryPair[2] | aryPair[3]) | (aryPair[4] | aryPair[5] | aryPair[6] | aryPair[7]);
+    if ((uiAll & 0xFFFFFF80FFFFFF80u) != 0)
+        return false;
+    VWords vWords;
+    std::memcpy(&vWords, pSource, sizeof(vWords));
+    const VBytes vBytes = __builtin_convertvector(__builtin_convertvector(vWords, VShorts), VBytes);
+    std::memcpy(pTarget, &vBytes, sizeof(vBytes));
+    return true;
+}
+
+bool isContinuation(unsigned char uiByte) { return (uiByte & 0xC0u) == 0x80u; }
+
+unsigned char toContinuation(std::uint32_t uiBits) { return static_cast<unsigned char>(0x80u | (uiBits & 0x3Fu)); }
+} // namespace
+
+std::size_t CUTF8Codec::encode(const wchar_t* pSource, std::size_t uiLength, unsigned char* pTarget,
+                               std::size_t uiRoom) {
+    const wchar_t* const pEnd = pSource + uiLength;
+    unsigned char* pWrite = pTarget;
+    unsigned char* const pLimit = pTarget + uiRoom;
+    while (pSource != pEnd) {
+        while (pEnd - pSource >= std::ptrdiff_t(BLOCK) && pLimit - pWrite >= std::ptrdiff_t(BLOCK) &&
+               narrowAsciiBlock(pSource, pWrite)) {
+            pSource += BLOCK;
+            pWrite += BLOCK;
+        }
+        // A block with other characters goes one by one, and the next one is tried again.
+        const wchar_t* const pStop = pSource + std::min<std::ptrdiff_t>(pEnd - pSource, BLOCK);
+        for (; pSource != pStop; ++pSource) {
+            const std::uint32_t uiCode = static_cast<std::uint32_t>(*pSource);
+            const std::ptrdiff_t iNeeded = 1 + (uiCode >= 0x80) + (uiCode >= 0x800);
+            if (pLimit - pWrite < iNeeded)
+                return static_cast<std::size_t>(pWrite - pTarget);
+            if (uiCode < 0x80) {
+                *pWrite++ = static_cast<unsigned char>(uiCode);
+            } else if (uiCode < 0x800) {
+                pWrite[0] = static_cast<unsigned char>(0xC0u | uiCode >> 6);
+                pWrite[1] = toContinuation(uiCode);
+                pWrite += 2;
+            } else { // there is no four-byte form: bits above the 16th are lost on purpose
+                pWrite[0] = static_cast<unsigned char>(0xE0u | (uiCode >> 12 & 0x0Fu));
+                pWrite[1] = toContinuation(uiCode >> 6);
+                pWrite[2] = toContinuation(uiCode);
+                pWrite += 3;
+            }
+        }
+    }
+    return static_cast<std::size_t>(pWrite - pTarget);
+}
+
+std::size_t CUTF8Codec::countCharacters(const unsigned char* pSource, std::size_t uiLength) {
+    // Each character that decode writes uses up one byte that is no continuation byte.
+    constexpr std::size_t MOST_BLOCKS = 255; // after as many a lane of the sum is full
+    const unsigned char* const pEnd = pSource + uiLength;
+    std::size_t uiCount = 0;
+    while (pEnd - pSource >= std::ptrdiff_t(BLOCK)) {
+        VBytes vSum{};
+        const std::size_t uiBlocks = std::min(static_cast<std::size_t>(pEnd - pSource) / BLOCK, MOST_BLOCKS);
+        for (std::size_t i = 0; i < uiBlocks; ++i, pSource += BLOCK) {
+            VSignedBytes vBytes;
+            std::memcpy(&vBytes, pSource, sizeof(vBytes));
+            vSum -= reinterpret_cast<VBytes>(vBytes >= -64); // a comparison that holds gives -1
+        }
+        for (std::size_t i = 0; i < BLOCK; ++i)
+            uiCount += vSum[i];
+    }
+    for (; pSource != pEnd; ++pSource)
+        uiCount += !isContinuation(*pSource);
+    return uiCount;
+}
+
+std::size_t CUTF8Codec::decode(const unsigned char* pSource, std::size_t uiLength, wchar_t* pTarget) {
+    const unsigned char* const pEnd = pSource + uiLength;
+    wchar_t* pWrite = pTarget;
+    while (pSource < pEnd) {
+        while (pEnd - pSource >= std::ptrdiff_t(BLOCK) && isAsciiBlock(pSource)) {
+            widenBlock(pSource, pWrite);
+            pSource += BLOCK;
+            pWrite += BLOCK;
+        }
+        const unsigned char* const pStop = pSource + std::min<std::ptrdiff_t>(pEnd - pSource, BLOCK);
+        while (pSource < pStop) {
+            const unsigned int uiFirst = *pSource;
+            if (uiFirst < 0x80) {
+                *pWrite++ = static_cast<wchar_t>(uiFirst);
+                ++pSource;
+            } else if (uiFirst >= 0xE0) { // 0xF0 and above too: there is no four-byte form
+                if (pEnd - pSource < 3)
+                    return static_cast<std::size_t>(pWrite - pTarget);
+                // What follows is taken without a look at it, on purpose: a lead byte always swallows its tail.
+                *pWrite++ =
+                    static_cast<wchar_t>((uiFirst & 0x0Fu) << 12 | (pSource[1] & 0x3Fu) << 6 | (pSource[2] & 0x3Fu));
+                pSource += 3;
+            } else if (uiFirst >= 0xC0) {
+                if (pEnd - pSource < 2)
+                    return static_cast<std::size_t>(pWrite - pTarget);
+                *pWrite++ = static_cast<wchar_t>((uiFirst & 0x1Fu) << 6 | (pSource[1] & 0x3Fu));
+                pSource += 2;
+            } else {
+                ++pSource; // a stray continuation byte is dropped
+            }
+        }
+    }
+    return static_cast<std::size_t>(pWrite - pTarget);
+}
+} // namespace Orlix

@@ -1,0 +1,22 @@
+#include <Orlix/messaging/CMsgDataContext.h>
+
+#include <Orlix/messaging/CMessageCenter.h>
+#include <Orlix/messaging/IMessageCenterListener.h>
+
+namespace Orlix {
+
+CMsgDataContext::CMsgDataContext() { m_eType = MESSAGE_DATA_CONTEXT; }
+
+CMsgDataContext::CMsgDataContext(unsigned int uiID, CObject* pData) {
+    m_eType = MESSAGE_DATA_CONTEXT;
+    m_uiID = uiID;
+    m_ptrData = pData;
+}
+
+CMsgDataContext::~CMsgDataContext() = default;
+
+void CMsgDataContext::handleMessage() {
+    if (IMessageCenterListener* const pListener = CMessageCenter::getInstance()->getListener())
+        pListener->onHandleDataContextMessage(m_uiID, m_ptrData.getPtr());
+}
+} // namespace Orlix

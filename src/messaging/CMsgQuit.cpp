@@ -1,0 +1,16 @@
+#include <Orlix/messaging/CMsgQuit.h>
+
+#include <Orlix/messaging/CMessageCenter.h>
+#include <Orlix/messaging/IMessageCenterListener.h>
+
+namespace Orlix {
+
+CMsgQuit::CMsgQuit() { m_eType = MESSAGE_QUIT; }
+
+CMsgQuit::~CMsgQuit() = default;
+
+void CMsgQuit::handleMessage() {
+    if (IMessageCenterListener* const pListener = CMessageCenter::getInstance()->getListener())
+        pListener->onHandleQuitMessage();
+}
+} // namespace Orlix

@@ -1,0 +1,20 @@
+#include <Orlix/messaging/CMsgVoiceContent.h>
+
+#include <Orlix/messaging/CMessageCenter.h>
+#include <Orlix/messaging/IMessageCenterListener.h>
+
+namespace Orlix {
+
+CMsgVoiceContent::CMsgVoiceContent() { m_eType = MESSAGE_VOICE_CONTENT; }
+
+CMsgVoiceContent::CMsgVoiceContent(const CString& strContent) : m_strContent(strContent) {
+    m_eType = MESSAGE_VOICE_CONTENT;
+}
+
+CMsgVoiceContent::~CMsgVoiceContent() = default;
+
+void CMsgVoiceContent::handleMessage() {
+    if (IMessageCenterListener* const pListener = CMessageCenter::getInstance()->getListener())
+        pListener->onHandleVoiceContentMessage(m_strContent);
+}
+} // namespace Orlix
