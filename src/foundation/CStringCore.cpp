@@ -1,6 +1,5 @@
 #include <Orlix/foundation/CStringCore.h>
 
-#include <climits>
 #include <cstddef>
 #include <cstring>
 #include <cwchar>
@@ -38,7 +37,7 @@ constexpr bool isPaired(int iCode) noexcept {
 constexpr bool isPairedFromOdd(int iCode) noexcept { return isWithin(iCode, 377, 382); }
 
 // The bounds are meant as they stand, though they differ from Unicode: 247 folds, 248, 254 and 1072 to 1074 do not.
-// Texts folded by earlier versions are kept as keys, so the gaps stay.
+// Callers rely on exactly these ranges, so the gaps stay and no other range joins.
 constexpr int getUppercase(int iCode) noexcept {
     if (isWithin(iCode, 97, 122) || isWithin(iCode, 224, 247) || isWithin(iCode, 249, 253) ||
         isWithin(iCode, 1075, 1103))
@@ -143,7 +142,7 @@ bool isEqual(const wchar_t* pFirst, const wchar_t* pSecond, std::size_t uiCount)
     return std::memcmp(pFirst, pSecond, uiCount * sizeof(wchar_t)) == 0;
 }
 
-// Looks at the first and the last character of the pattern before anything else, four or eight places at a time: few
+// Looks at the first and the last character of the pattern before anything else, sixteen places at a time: few
 // places pass both. uiPlaces is the number of places where the pattern has room.
 int findPattern(const wchar_t* pText, unsigned int uiPlaces, const wchar_t* pPattern,
                 unsigned int uiPatternLength) noexcept {
