@@ -63,7 +63,8 @@ CMemAllocator::~CMemAllocator() = default;
 void CMemAllocator::initialize(unsigned int uiAlignment, unsigned int uiPoolCount) {
     freeAllPool();
     const unsigned int uiEven = (uiAlignment + 1) & ~1u;
-    if (uiEven != 0) {
+    // An alignment so large that the sums below wrap would leave no room for the headers: keep what was there.
+    if (uiEven != 0 && uiEven <= UINT_MAX - 39) {
         m_uiAlignmentMask = uiEven - 1;
         m_uiBigBlockHeaderSize = (uiEven + 15) & (0u - uiEven);
         m_uiPoolBlockHeaderSize = ((uiEven + 39) & (0u - uiEven)) - 16;
@@ -133,22 +134,29 @@ void CMemAllocator::unInitialize() { freeAllPool(); }
 CMemAllocator::tagMemPool* CMemAllocator::findFitPool(unsigned int uiSize) {
     const unsigned int uiGuess = (uiSize - (uiSize != 0)) / USUAL_POOL_STEP;
     if (uiGuess < m_uiPoolCount && m_pPools[uiGuess].uiDataSize >= uiSize &&
-        (uiGuess == 0 || m_pPools[uiGuess - 1].uiDataSize < uiSize))
-        return &m_pPools[uiGuess];
+        (uiGuess == 0 || m_pPools[uiGuess - 1].uiDataSize < uiSize) &&
+        (uiGuess + 1 == m_uiPoolCount || m_pPools[uiGuess + 1].uiDataSize > uiSize))
+        return &m_pPools[uiGuess]; // the only one that the search could stop at
     return searchFitPool(uiSize);
 }
 
+// Of several pools with exactly this size it is the last of the table or the first one met, not the first in order.
 CMemAllocator::tagMemPool* CMemAllocator::searchFitPool(unsigned int uiSize) {
     if (m_uiPoolCount == 0 || m_pPools[m_uiPoolCount - 1].uiDataSize < uiSize)
         return nullptr;
+    if (m_pPools[m_uiPoolCount - 1].uiDataSize == uiSize)
+        return &m_pPools[m_uiPoolCount - 1];
     unsigned int uiLow = 0;
-    unsigned int uiHigh = m_uiPoolCount - 1; // always serves uiSize
-    while (uiLow < uiHigh) {
-        const unsigned int uiMiddle = uiLow + (uiHigh - uiLow) / 2;
-        if (m_pPools[uiMiddle].uiDataSize < uiSize)
+    unsigned int uiEnd = m_uiPoolCount; // one past the last candidate, so that it never falls below 0
+    while (uiLow < uiEnd) {
+        const unsigned int uiMiddle = uiLow + (uiEnd - 1 - uiLow) / 2;
+        const unsigned int uiDataSize = m_pPools[uiMiddle].uiDataSize;
+        if (uiDataSize == uiSize)
+            return &m_pPools[uiMiddle];
+        if (uiDataSize < uiSize)
             uiLow = uiMiddle + 1;
         else
-            uiHigh = uiMiddle;
+            uiEnd = uiMiddle;
     }
     return &m_pPools[uiLow];
 }
@@ -186,8 +194,9 @@ bool CMemAllocator::addPoolBlock(tagMemPool* pPool) {
     const unsigned int uiCount = bFirst ? pPool->uiInitialCount : pPool->uiGrowCount;
     const std::uint64_t uiSize =
         ((m_uiAlignmentMask + 40) & ~m_uiAlignmentMask) + std::uint64_t(pPool->uiUnitSize) * uiCount - UNIT_HEADER_SIZE;
-    auto* const pBlock =
-        static_cast<tagMemPoolBlock*>(uiCount != 0 && uiSize <= UINT_MAX ? std::malloc(uiSize) : nullptr);
+    // No units, a unit size that wrapped in createPool, or a block of 4 GiB and more: no block.
+    const bool bPossible = uiCount != 0 && pPool->uiUnitSize >= UNIT_HEADER_SIZE && uiSize <= UINT_MAX;
+    auto* const pBlock = static_cast<tagMemPoolBlock*>(bPossible ? std::malloc(uiSize) : nullptr);
     if (!pBlock) {
         std::wprintf(L"[Warning][OrlixEngine] Allocate memory pool block failed (size = %u).\n",
                      static_cast<unsigned int>(uiSize));

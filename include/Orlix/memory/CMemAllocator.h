@@ -42,7 +42,8 @@ public:
     virtual ~CMemAllocator();
 
     /** Makes an empty pool table. Without memory for it there are no pools.
-     *  @param uiAlignment of the units in bytes, rounded up to an even number; 0 keeps the default of 4. */
+     *  @param uiAlignment of the units in bytes, rounded up to an even number; 0 keeps the default of 4, and so
+     *  does one that does not fit 32 bits with the headers. */
     void initialize(unsigned int uiAlignment, unsigned int uiPoolCount);
 
     /** Describes one pool; it takes no memory before its first use. Not beside malloc or free.
@@ -62,7 +63,7 @@ public:
     /** Releases all pools, live units included; from then on every request is a big block. */
     void unInitialize();
 
-    /** @return the smallest pool that serves uiSize; null if there is none. */
+    /** @return the smallest pool that serves uiSize; null if there is none. Of pools of equal size any may come. */
     tagMemPool* findFitPool(unsigned int uiSize);
 
     /** One unit of a pool, grown by a block where needed. @return null if it cannot grow. */

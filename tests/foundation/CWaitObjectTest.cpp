@@ -1,0 +1,134 @@
+#include <Orlix/foundation/CWaitObject.h>
+
+#include <Orlix/foundation/IWaitObject.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <string>
+#include <thread>
+
+using namespace Orlix;
+
+namespace {
+
+// The name is never read, so that a wait object can be built before there are strings.
+const CString& getUnreadName() {
+    alignas(16) static unsigned char s_aryBytes[64];
+    return reinterpret_cast<const CString&>(s_aryBytes);
+}
+
+template <class F> long long measureMilliseconds(F fnBody) {
+    const auto start = std::chrono::steady_clock::now();
+    fnBody();
+    return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start).count();
+}
+
+class CRecorder final : public IWaitObject {
+    ORLIX_HEAP_CLASS(L"CRecorder")
+
+public:
+    explicit CRecorder(std::string& strCalls) : m_strCalls(strCalls) {}
+    ~CRecorder() override { m_strCalls += "gone "; }
+    void reset() override { m_strCalls += "reset "; }
+    void wait(unsigned int uiMilliseconds) override { m_strCalls += "wait" + std::to_string(uiMilliseconds) + " "; }
+    void forceWait(unsigned int uiMilliseconds) override {
+        m_strCalls += "force" + std::to_string(uiMilliseconds) + " ";
+    }
+    void notify() override { m_strCalls += "notify "; }
+
+private:
+    std::string& m_strCalls;
+};
+
+class CRecordedWait : public CWaitObject {
+public:
+    explicit CRecordedWait(std::string& strCalls) : CWaitObject(getUnreadName()) {
+        delete m_pImp;
+        m_pImp = new CRecorder(strCalls);
+    }
+};
+
+class CWaitObjectTest : public testing::Test {
+protected:
+    CWaitObject m_wait{getUnreadName()};
+};
+
+TEST_F(CWaitObjectTest, ForwardsToItsImplementationAndDeletesIt) {
+    std::string strCalls;
+    {
+        CRecordedWait wait(strCalls);
+        wait.wait(5);
+        wait.forceWait(6);
+        wait.notify();
+        static_cast<CObject&>(wait).reset();
+    }
+    EXPECT_EQ(strCalls, "wait5 force6 notify reset gone ");
+}
+
+TEST_F(CWaitObjectTest, RememberedSignalEndsAWaitWithoutLimitAtOnce) {
+    m_wait.notify();
+    m_wait.wait(0); // hangs if the signal was lost
+    EXPECT_GE(measureMilliseconds([&] { m_wait.wait(10); }), 10) << "the signal was not taken";
+}
+
+TEST_F(CWaitObjectTest, RememberedSignalEndsALimitedWaitAtOnce) {
+    m_wait.notify();
+    EXPECT_LT(measureMilliseconds([&] { m_wait.wait(60000); }), 30000);
+    EXPECT_GE(measureMilliseconds([&] { m_wait.wait(10); }), 10) << "the signal was not taken";
+}
+
+TEST_F(CWaitObjectTest, SeveralSignalsCountAsOne) {
+    m_wait.notify();
+    m_wait.notify();
+    m_wait.notify();
+    m_wait.wait(0);
+    EXPECT_GE(measureMilliseconds([&] { m_wait.wait(20); }), 20);
+}
+
+TEST_F(CWaitObjectTest, ResetLeavesTheSignalPending) {
+    m_wait.notify();
+    m_wait.reset();
+    m_wait.wait(0); // hangs if reset took the signal
+}
+
+TEST_F(CWaitObjectTest, LimitIsCountedInMilliseconds) {
+    for (const int iLimit : {1, 30, 999, 1050}) {
+        const long long iTook = measureMilliseconds([&] { m_wait.wait(static_cast<unsigned int>(iLimit)); });
+        EXPECT_GE(iTook, iLimit);
+        EXPECT_LT(iTook, iLimit + 10000);
+    }
+}
+
+TEST_F(CWaitObjectTest, SignalOfAnotherThreadWakesTheWaiter) {
+    for (const unsigned int uiLimit : {0u, 60000u}) {
+        std::atomic<bool> bNotified{false};
+        std::thread other([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(20)); // lets the waiter block in most runs
+            bNotified = true;
+            m_wait.notify();
+        });
+        EXPECT_LT(measureMilliseconds([&] { m_wait.wait(uiLimit); }), 30000);
+        EXPECT_TRUE(bNotified) << "woke before the signal";
+        other.join();
+    }
+}
+
+TEST_F(CWaitObjectTest, ForcedWaitIsNotCutShortAndLeavesTheSignal) {
+    std::thread other([&] { m_wait.notify(); });
+    EXPECT_GE(measureMilliseconds([&] { m_wait.forceWait(50); }), 50);
+    other.join();
+    m_wait.wait(0); // hangs if the forced wait took the signal
+}
+
+TEST_F(CWaitObjectTest, ForcedWaitSplitsSecondsFromTheRest) {
+    const long long iTook = measureMilliseconds([&] { m_wait.forceWait(1020); });
+    EXPECT_GE(iTook, 1020);
+    EXPECT_LT(iTook, 11000);
+}
+
+TEST_F(CWaitObjectTest, ForcedWaitOfNothingReturnsAtOnce) {
+    EXPECT_LT(measureMilliseconds([&] { m_wait.forceWait(0); }), 10000);
+}
+} // namespace
