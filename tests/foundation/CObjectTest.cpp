@@ -2,7 +2,12 @@
 
 #include <Orlix/foundation/CObjectPoolRef.h>
 
+#include "support/ChildProcess.h"
+
 #include <gtest/gtest.h>
+
+#include <climits>
+#include <cstring>
 
 using namespace Orlix;
 
@@ -74,5 +79,78 @@ TEST(CObject, CopyStartsWithoutReferencesAndPool) {
     pCopy->addRef();
     EXPECT_EQ(pCopy->release(), 0) << "deleted, not handed to the source's pool";
     EXPECT_EQ(pool.m_iRecycled, 0);
+}
+
+class CHeapObject {
+    ORLIX_HEAP_CLASS(L"COuter::CHeapObject")
+
+public:
+    CHeapObject() { ++s_iBuilt; }
+    ~CHeapObject() { --s_iBuilt; }
+    static int s_iBuilt;
+
+private:
+    unsigned char m_aryBytes[60] = {};
+};
+int CHeapObject::s_iBuilt = 0;
+
+// The owner in front of a block: null on the system heap, a pool otherwise.
+const void* getOwner(const void* pBlock) {
+    const void* pOwner = nullptr;
+    std::memcpy(&pOwner, static_cast<const unsigned char*>(pBlock) - 16, sizeof(pOwner));
+    return pOwner;
+}
+
+TEST(CObjectHeap, SingleObjectsComeFromThePoolsAndGoBack) {
+    auto* const pObject = new CHeapObject;
+    EXPECT_NE(getOwner(pObject), nullptr);
+    EXPECT_EQ(CHeapObject::s_iBuilt, 1);
+    delete pObject;
+    EXPECT_EQ(CHeapObject::s_iBuilt, 0);
+    void* const pAgain = CMemory::malloc(sizeof(CHeapObject), 0);
+    EXPECT_EQ(pAgain, pObject);
+    CMemory::free(pAgain);
+}
+
+TEST(CObjectHeap, ArraysTakeTheSameRoute) {
+    void* const pBlock = CHeapObject::operator new[](100);
+    EXPECT_NE(getOwner(pBlock), nullptr);
+    CHeapObject::operator delete[](pBlock);
+    void* const pAgain = CMemory::malloc(100, 0);
+    EXPECT_EQ(pAgain, pBlock);
+    CMemory::free(pAgain);
+    CHeapObject* const aryObject = new CHeapObject[3];
+    EXPECT_EQ(CHeapObject::s_iBuilt, 3);
+    delete[] aryObject;
+    EXPECT_EQ(CHeapObject::s_iBuilt, 0);
+}
+
+TEST(CObjectHeap, WithoutMemoryNoConstructorRuns) {
+    volatile std::size_t uiCount = 0x10000000; // 16 GB of objects, beyond what the route can count
+    CHeapObject* const aryObject = new CHeapObject[uiCount];
+    EXPECT_EQ(aryObject, nullptr);
+    EXPECT_EQ(CHeapObject::s_iBuilt, 0);
+    EXPECT_EQ(CHeapObject::operator new(UINT_MAX), nullptr);
+}
+
+TEST(CObjectHeap, DeletesNullInSilence) {
+    const OrlixTest::tagChildResult result = OrlixTest::runInChild([] {
+        CHeapObject::operator delete(nullptr);
+        CHeapObject::operator delete[](nullptr);
+        return 0;
+    });
+    EXPECT_EQ(result.iExitCode, 0);
+    EXPECT_EQ(result.strOutput, "");
+}
+
+TEST(CObjectHeap, DeletionThroughTheRootReachesThePool) {
+    int iDestroyed = 0;
+    CObject* const pObject = new CCounted(iDestroyed); // names no class of its own, so the root's operators serve
+    EXPECT_NE(getOwner(pObject), nullptr);
+    delete pObject;
+    EXPECT_EQ(iDestroyed, 1);
+    void* const pAgain = CMemory::malloc(sizeof(CCounted), 0);
+    EXPECT_EQ(pAgain, pObject);
+    CMemory::free(pAgain);
 }
 } // namespace
