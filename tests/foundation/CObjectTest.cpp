@@ -90,7 +90,7 @@ public:
     static int s_iBuilt;
 
 private:
-    unsigned char m_aryBytes[60] = {};
+    [[maybe_unused]] unsigned char m_aryBytes[60] = {};
 };
 int CHeapObject::s_iBuilt = 0;
 
