@@ -197,7 +197,7 @@ int measureLongFormat(const wchar_t* pFormat, va_list listArgs) {
 class CWideFormat {
 public:
     explicit CWideFormat(const wchar_t* pFormat) : m_pFormat(pFormat) {
-        const wchar_t* const pFirst = std::wcsstr(pFormat, L"%s");
+        const wchar_t* const pFirst = findPercentS(pFormat);
         if (!pFirst)
             return;
         const std::size_t uiLength = std::wcslen(pFormat);
@@ -220,6 +220,14 @@ private:
     const wchar_t* m_pFormat;
     CString m_strLong;
     wchar_t m_aryShort[SHORT_FORMAT / 2 * 3 + 1]; // each "%s" grows by one character
+
+    static const wchar_t* findPercentS(const wchar_t* pText) {
+        for (; *pText != L'\0'; ++pText) {
+            if (pText[0] == L'%' && pText[1] == L's')
+                return pText;
+        }
+        return nullptr;
+    }
 
     void rewriteShort(std::size_t uiFirst, std::size_t uiLength) {
         const wchar_t* pRead = m_pFormat + uiFirst;

@@ -13,24 +13,25 @@ constexpr std::size_t BLOCK = 16;
 
 typedef std::uint8_t VBytes __attribute__((vector_size(BLOCK)));
 typedef std::int8_t VSignedBytes __attribute__((vector_size(BLOCK)));
+typedef std::uint64_t VPair __attribute__((vector_size(BLOCK)));
 typedef std::uint16_t VShorts __attribute__((vector_size(BLOCK * 2)));
 typedef std::uint32_t VWords __attribute__((vector_size(BLOCK * 4)));
 static_assert(sizeof(wchar_t) == 4, "a character is a code point");
 
-bool isAsciiBlock(const unsigned char* pBytes) {
-    std::uint64_t aryHalf[2];
-    std::memcpy(aryHalf, pBytes, sizeof(aryHalf));
-    return ((aryHalf[0] | aryHalf[1]) & 0x8080808080808080u) == 0;
-}
-
-// The conversions go through 16 bits because in one step the compilers take the vector apart.
-void widenBlock(const unsigned char* pSource, wchar_t* pTarget) {
+/** Makes sixteen characters of sixteen bytes if all are ASCII, otherwise nothing. */
+bool widenAsciiBlock(const unsigned char* pSource, wchar_t* pTarget) {
     VBytes vBytes;
     std::memcpy(&vBytes, pSource, sizeof(vBytes));
+    const VPair vPair = reinterpret_cast<VPair>(vBytes);
+    if (((vPair[0] | vPair[1]) & 0x8080808080808080u) != 0)
+        return false;
+    // Through 16 bits, because in one step the compilers take the vector apart.
     const VWords vWords = __builtin_convertvector(__builtin_convertvector(vBytes, VShorts), VWords);
     std::memcpy(pTarget, &vWords, sizeof(vWords));
+    return true;
 }
 
+/** The way back: stores nothing unless all sixteen are ASCII. */
 bool narrowAsciiBlock(const wchar_t* pSource, unsigned char* pTarget) {
     std::uint64_t aryPair[BLOCK / 2];
     std::memcpy(aryPair, pSource, sizeof(aryPair));
@@ -38,9 +39,15 @@ bool narrowAsciiBlock(const wchar_t* pSource, unsigned char* pTarget) {
         (aryPair[0] | aryPair[1] | aryPair[2] | aryPair[3]) | (aryPair[4] | aryPair[5] | aryPair[6] | aryPair[7]);
     if ((uiAll & 0xFFFFFF80FFFFFF80u) != 0)
         return false;
-    VWords vWords;
-    std::memcpy(&vWords, pSource, sizeof(vWords));
-    const VBytes vBytes = __builtin_convertvector(__builtin_convertvector(vWords, VShorts), VBytes);
+    // With nothing but zeros above the lowest byte, 32 bits may be halved as if they were two numbers of 16 bits: that
+    // is one instruction everywhere, and the order of the bytes does not matter.
+    VShorts aryShorts[2];
+    std::memcpy(aryShorts, pSource, sizeof(aryShorts));
+    const VBytes aryHalved[2] = {__builtin_convertvector(aryShorts[0], VBytes),
+                                 __builtin_convertvector(aryShorts[1], VBytes)};
+    VShorts vHalved;
+    std::memcpy(&vHalved, aryHalved, sizeof(vHalved));
+    const VBytes vBytes = __builtin_convertvector(vHalved, VBytes);
     std::memcpy(pTarget, &vBytes, sizeof(vBytes));
     return true;
 }
@@ -110,8 +117,7 @@ std::size_t CUTF8Codec::decode(const unsigned char* pSource, std::size_t uiLengt
     const unsigned char* const pEnd = pSource + uiLength;
     wchar_t* pWrite = pTarget;
     while (pSource < pEnd) {
-        while (pEnd - pSource >= std::ptrdiff_t(BLOCK) && isAsciiBlock(pSource)) {
-            widenBlock(pSource, pWrite);
+        while (pEnd - pSource >= std::ptrdiff_t(BLOCK) && widenAsciiBlock(pSource, pWrite)) {
             pSource += BLOCK;
             pWrite += BLOCK;
         }
