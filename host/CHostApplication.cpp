@@ -13,9 +13,7 @@ CHostApplication::CHostApplication() : m_waitMessage(L"host"), m_uiStartTick(CTi
     CMessageCenter::getInstance()->setListener(this);
 }
 
-CHostApplication::~CHostApplication() {
-    CMessageCenter::deleteInstance();
-}
+CHostApplication::~CHostApplication() { CMessageCenter::deleteInstance(); }
 
 void CHostApplication::runLoop() {
     CMessageCenter* const pCenter = CMessageCenter::getInstance();
@@ -32,9 +30,7 @@ void CHostApplication::printSummary() const {
                              CTime::getTickCount() - m_uiStartTick);
 }
 
-void CHostApplication::onHandleQuitMessage() {
-    m_bQuit = true;
-}
+void CHostApplication::onHandleQuitMessage() { m_bQuit = true; }
 
 void CHostApplication::onHandleRenderMessage(unsigned int uiID) {
     ++m_uiRenders;
@@ -52,6 +48,4 @@ void CHostApplication::onHandleLogicEventMessage(unsigned int uiID) {
         CMessageCenter::getInstance()->pushQuitMessage();
 }
 
-void CHostApplication::onMessageAvailable() {
-    m_waitMessage.notify();
-}
+void CHostApplication::onMessageAvailable() { m_waitMessage.notify(); }
