@@ -596,7 +596,7 @@ TEST(CStringConverter, FormatsWideTextsForPercentS) {
     EXPECT_EQ(textOf(CStringConverter::format(L"%%s")), L"%ls") << "there is no escape";
     EXPECT_EQ(textOf(CStringConverter::format(L"%4s|%-3s|", "ab", "c")), L"  ab|c  |")
         << "only the two characters together are rewritten";
-    EXPECT_EQ(textOf(CStringConverter::format(L"%4s|%s", "ab", L"\x4F60")), L"  ab|\x4F60");
+    EXPECT_EQ(textOf(CStringConverter::format(L"%s|%4s", L"\x4F60", "ab")), L"\x4F60|  ab");
     EXPECT_EQ(textOf(CStringConverter::format(L"plain")), L"plain");
     EXPECT_EQ(textOf(CStringConverter::format(L"%")), L"") << "what cannot be formatted is blank";
     EXPECT_EQ(textOf(CStringConverter::format(L"")), L"");
