@@ -299,6 +299,7 @@ TEST(CString, NothingBeginsWithAnEmptyText) {
     EXPECT_TRUE(strText.startWith(CString(L"abc")));
     EXPECT_FALSE(strText.startWith(L"AB"));
     EXPECT_FALSE(strText.startWith(CString(L"b")));
+    EXPECT_FALSE(strText.startWith(CString(L"AB")));
     EXPECT_TRUE(strText.startWithIC(L"AB"));
     EXPECT_TRUE(strText.startWithIC(CString(L"aB")));
     EXPECT_FALSE(strText.startWithIC(L"abcd"));
@@ -329,6 +330,9 @@ TEST(CString, ComparesInBothDirections) {
     EXPECT_TRUE(strText == aryText);
     EXPECT_TRUE(strText == CString(L"abc"));
     EXPECT_FALSE(strText == L"Abc");
+    EXPECT_FALSE(strText == CString(L"Abc"));
+    EXPECT_TRUE(strText != L"Abc");
+    EXPECT_TRUE(strText != CString(L"Abc"));
     EXPECT_TRUE(strText != CString(L"ab"));
     EXPECT_TRUE(strText != NULL_TEXT);
     EXPECT_TRUE(CString() == NULL_TEXT);
