@@ -114,6 +114,8 @@ TEST(CStringCore, CountedCompareTellsEqualityAndNoOrder) {
     EXPECT_EQ(CStringCore::strncmpIC(L"ab", L"AC", 2), 0);
     EXPECT_EQ(CStringCore::strncmpIC(L"abc", L"xyz", 0), 1);
     EXPECT_EQ(CStringCore::strncmp(nullptr, nullptr, 0), 1);
+    EXPECT_EQ(CStringCore::strncmp(nullptr, L"a", 0), 1);
+    EXPECT_EQ(CStringCore::strncmpIC(L"a", nullptr, 0), 1);
     EXPECT_EQ(CStringCore::strncmp(nullptr, L"a", 1), 0);
     EXPECT_EQ(CStringCore::strncmpIC(L"a", nullptr, 1), 0);
 }
