@@ -8,7 +8,7 @@
 namespace Orlix {
 
 /** A recursive POSIX mutex. Results of the system calls are not looked at. */
-class ORLIX_API CImpSyncObject final : public ISyncObject {
+class ORLIX_API CImpSyncObject : public ISyncObject {
     ORLIX_HEAP_CLASS(L"CImpSyncObject")
 
 public:

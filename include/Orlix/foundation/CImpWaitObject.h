@@ -9,7 +9,7 @@ namespace Orlix {
 
 /** An auto-reset event with memory, on a condition variable that runs on the monotonic clock.
  *  Results of the system calls are not looked at. */
-class ORLIX_API CImpWaitObject final : public IWaitObject {
+class ORLIX_API CImpWaitObject : public IWaitObject {
     ORLIX_HEAP_CLASS(L"CImpWaitObject")
 
 public:
