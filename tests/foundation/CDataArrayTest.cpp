@@ -203,6 +203,105 @@ TEST(CDataArray, AnImpossibleGrowthDropsTheElementAndKeepsItsBelief) {
     EXPECT_EQ(ary.getCapacity(), 4096u);
 }
 
+/** A record with an allocation of its own that can be made to fail. */
+struct tagScarce {
+    static void* operator new[](std::size_t uiSize) noexcept {
+        ++s_iAllocated;
+        return s_bFail ? nullptr : CMemory::malloc(static_cast<unsigned int>(uiSize), 0);
+    }
+    static void operator delete[](void* pBlock) noexcept {
+        if (pBlock)
+            CMemory::free(pBlock);
+    }
+    bool operator==(const tagScarce& other) const { return iValue == other.iValue; }
+    int iValue;
+    static inline bool s_bFail = false;
+    static inline int s_iAllocated = 0;
+};
+
+// Kept as it is: the capacity is written before the allocation, so the array believes in slots that it does not have.
+TEST(CDataArray, AFailedGrowthDropsTheElementAndTheNextAddTriesAgain) {
+    tagScarce::s_bFail = false;
+    COpenArray<tagScarce> ary;
+    ary.add(tagScarce{1});
+    ary.add(tagScarce{2});
+    tagScarce::s_bFail = true;
+    for (int i = 0; i < 3; ++i) {
+        ary.add(tagScarce{3});
+        EXPECT_EQ(ary.getSize(), 2u);
+        EXPECT_EQ(ary.getCapacity(), 4u);
+    }
+    EXPECT_EQ(ary[0].iValue, 1);
+    EXPECT_EQ(ary[1].iValue, 2);
+    EXPECT_EQ(ary[2].iValue, 0);
+    ary.removeAt(0);
+    ary.add(tagScarce{4}); // there is room for this one
+    EXPECT_EQ(ary.getSize(), 2u);
+    tagScarce::s_bFail = false;
+    ary.add(tagScarce{5});
+    EXPECT_EQ(ary.getSize(), 3u);
+    EXPECT_EQ(ary.getCapacity(), 4u);
+    EXPECT_EQ(ary.find(tagScarce{2}), 0);
+    EXPECT_EQ(ary.find(tagScarce{5}), 2);
+}
+
+TEST(CDataArray, AFailedFirstBufferIsTriedAgainAtTheNextAdd) {
+    tagScarce::s_bFail = true;
+    COpenArray<tagScarce> ary(3);
+    EXPECT_EQ(ary.m_pData, nullptr);
+    EXPECT_EQ(ary.getCapacity(), 3u);
+    tagScarce::s_bFail = false;
+    ary.add(tagScarce{1});
+    EXPECT_EQ(ary.getSize(), 1u);
+    EXPECT_EQ(ary.getCapacity(), 3u);
+}
+
+TEST(CDataArray, ARecordWithItsOwnArrayOperatorIsAllocatedByIt) {
+    tagScarce::s_bFail = false;
+    tagScarce::s_iAllocated = 0;
+    CDataArray<tagScarce> ary(4);
+    EXPECT_EQ(tagScarce::s_iAllocated, 1);
+    for (int i = 0; i < 5; ++i)
+        ary.add(tagScarce{i});
+    EXPECT_EQ(tagScarce::s_iAllocated, 2);
+}
+
+TEST(CDataArray, NumbersAreAPlainBlockThatIsGivenBack) {
+    const void* pBlock = nullptr;
+    {
+        const COpenArray<unsigned int> ary(10);
+        pBlock = ary.m_pData;
+    }
+    void* const pAgain = CMemory::malloc(40, 0); // a freed unit is the next one of its size
+    EXPECT_EQ(pAgain, pBlock);
+    CMemory::free(pAgain);
+}
+
+TEST(CDataArray, RemoveTakesTheFirstMatchOnly) {
+    CDataArray<int> ary;
+    for (int iValue : {4, 5, 4, 6})
+        ary.add(iValue);
+    ary.remove(4);
+    EXPECT_EQ(ary.getSize(), 3u);
+    EXPECT_EQ(ary[0], 5);
+    EXPECT_EQ(ary[1], 4);
+    EXPECT_EQ(ary[2], 6);
+}
+
+TEST(CDataArray, RemovalGivesTheFreedSlotTheDefault) {
+    COpenArray<CTracked> ary;
+    ary.add(CTracked(1));
+    ary.add(CTracked(2));
+    ary[9].iValue = 99; // gone with the next read or removal
+    ary.removeAt(0);
+    EXPECT_EQ(ary.m_pData[0].iValue, 2);
+    EXPECT_EQ(ary.m_pData[1].iValue, 7);
+    ary.removeAt(0);
+    EXPECT_EQ(ary.m_pData[0].iValue, 7);
+    EXPECT_EQ(ary.getSize(), 0u);
+    EXPECT_EQ(ary.getCapacity(), 2u);
+}
+
 TEST(CDataArray, BehavesLikeAVector) {
     std::mt19937 random(20211121);
     CDataArray<int> ary;
