@@ -31,6 +31,13 @@ public:
     static IMemManagerListener* getListener() { return getInstance()->*(&CAccess::m_pListener); }
 };
 
+class CAllocatorAccess : public CMemAllocator {
+public:
+    static unsigned int getMask(const CMemAllocator& allocator) {
+        return allocator.*(&CAllocatorAccess::m_uiAlignmentMask);
+    }
+};
+
 // A size that wraps with its header: it fails at once, whatever memory there is.
 constexpr unsigned int IMPOSSIBLE_SIZE = UINT_MAX;
 
@@ -91,6 +98,7 @@ TEST_F(CMemManagerTest, PoolTableRunsTo512InStepsOf8) {
         }
     EXPECT_EQ(pExpected - allocator.findFitPool(0), 64);
     EXPECT_EQ(allocator.findFitPool(513), nullptr);
+    EXPECT_EQ(CAllocatorAccess::getMask(allocator), 3u) << "aligned to 4, which the steps of 8 hide";
 }
 
 TEST_F(CMemManagerTest, ServesFromItsPools) {
