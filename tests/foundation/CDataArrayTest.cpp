@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 #include <memory>
 #include <random>
@@ -24,6 +25,7 @@ struct CTracked {
         return *this;
     }
     ~CTracked() {
+        const_cast<volatile int&>(iValue) = -1; // what is read after the end shows
         --s_iAlive;
         if (s_pDestroyed)
             s_pDestroyed->push_back(this);
@@ -35,9 +37,18 @@ struct CTracked {
     static inline std::vector<const CTracked*>* s_pDestroyed = nullptr;
 };
 
-/** A plain class of a host that has no operators of its own. */
+/** A class of a host that has no operators of its own. */
 struct tagForeign {
+    tagForeign() = default;
+    explicit tagForeign(int iSetValue) : iValue(iSetValue) {}
+    tagForeign(const tagForeign&) = default;
+    tagForeign& operator=(const tagForeign&) = default;
+    ~tagForeign() {
+        if (s_pDestroyed)
+            s_pDestroyed->push_back(this);
+    }
     int iValue = 3;
+    static inline std::vector<const tagForeign*>* s_pDestroyed = nullptr;
     bool operator==(const tagForeign& other) const { return iValue == other.iValue; }
 };
 
@@ -107,6 +118,14 @@ TEST(CDataArray, ReadPastTheEndGivesAFreshDefault) {
     const CDataArray<CTracked>& aryConst = ary;
     EXPECT_EQ(aryConst[3].iValue, 7);
     EXPECT_EQ(aryConst.getAt(2).iValue, 2);
+}
+
+TEST(CDataArray, DefaultOfANumberIsZeroWhateverLayThere) {
+    alignas(CDataArray<int>) unsigned char aryBytes[sizeof(CDataArray<int>)];
+    std::memset(aryBytes, 0xA5, sizeof(aryBytes));
+    const auto* const pArray = ::new (aryBytes) CDataArray<int>;
+    EXPECT_EQ((*pArray)[0], 0);
+    pArray->~CDataArray();
 }
 
 TEST(CDataArray, FindGivesTheFirstMatch) {
@@ -182,11 +201,22 @@ TEST(CDataArray, EverySlotOfAClassIsConstructedAndCopiedByAssignment) {
 }
 
 TEST(CDataArray, AClassWithoutOperatorsIsServedToo) {
-    CDataArray<tagForeign> ary(2);
+    COpenArray<tagForeign> ary(2);
     EXPECT_EQ(ary[0].iValue, 3);
-    for (int i = 0; i < 9; ++i)
+    for (int i = 0; i < 8; ++i)
         ary.add(tagForeign{i});
-    EXPECT_EQ(ary.find(tagForeign{8}), 8);
+    EXPECT_EQ(ary.find(tagForeign{7}), 7);
+    ASSERT_EQ(ary.getCapacity(), 11u);
+    for (unsigned int i = 8; i < 11; ++i)
+        EXPECT_EQ(ary.m_pData[i].iValue, 3) << "all slots are constructed";
+    std::vector<const tagForeign*> vecDestroyed;
+    tagForeign::s_pDestroyed = &vecDestroyed;
+    const tagForeign* const pOld = ary.m_pData;
+    ary.clear();
+    tagForeign::s_pDestroyed = nullptr;
+    ASSERT_EQ(vecDestroyed.size(), 11u);
+    for (std::size_t i = 0; i < 11; ++i)
+        EXPECT_EQ(vecDestroyed[i], pOld + (10 - i)) << "the last one goes first";
 }
 
 TEST(CDataArray, AnImpossibleGrowthDropsTheElementAndKeepsItsBelief) {

@@ -1,5 +1,9 @@
 #include <Orlix/foundation/CObjectArray.h>
 
+#include "support/ChildProcess.h"
+#include "support/MemoryLimit.h"
+#include "support/Sanitizer.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -140,6 +144,32 @@ TEST(CObjectArray, WithoutMemoryAnAddedObjectIsDroppedAndNotDeleted) {
     ary.add(&item);
     EXPECT_EQ(ary[0], &item);
 }
+
+#if !defined(ORLIX_TEST_ASAN) && !defined(ORLIX_TEST_TSAN) // both end the process when memory runs out
+// Kept as it is: the capacity is written before the allocation.
+TEST(CObjectArray, AFailedGrowthKeepsTheElementsAndTheNextAddTriesAgain) {
+    const OrlixTest::tagChildResult result = OrlixTest::runInChild([] {
+        VecInt vecDeleted;
+        CItem item(vecDeleted, 1);
+        COpenArray ary(4);
+        ary.setOwn(false);
+        for (int i = 0; i < 4; ++i)
+            ary.add(&item);
+        if (!OrlixTest::limitMemory(50000000))
+            return 1;
+        ary.ensureCapacity(20000000);
+        const unsigned int uiCapacity = ary.getCapacity();
+        ary.add(&item);
+        if (uiCapacity < 20000000 || ary.getCapacity() != uiCapacity || ary.getSize() != 4 || ary[3] != &item)
+            return 2;
+        OrlixTest::unlimitMemory();
+        ary.add(&item);
+        return ary.getSize() == 5 && ary[4] == &item && ary.getCapacity() == uiCapacity ? 0 : 3;
+    });
+    EXPECT_EQ(result.iExitCode, 0);
+    EXPECT_EQ(result.strOutput, "");
+}
+#endif
 
 TEST(CObjectArray, ClearGivesTheBufferBack) {
     VecInt vecDeleted;

@@ -1,5 +1,9 @@
 #include <Orlix/foundation/CObjectList.h>
 
+#include "support/ChildProcess.h"
+#include "support/MemoryLimit.h"
+#include "support/Sanitizer.h"
+
 #include <gtest/gtest.h>
 
 #include <random>
@@ -220,6 +224,27 @@ TEST_F(CObjectListTest, MovesTheVisitedElementWithoutEndingTheWalk) {
     lstTarget.clear();
     EXPECT_EQ(m_vecDeleted, (VecInt{0, 1, 3, 4}));
 }
+
+#if !defined(ORLIX_TEST_ASAN) && !defined(ORLIX_TEST_TSAN) // both end the process when memory runs out
+TEST_F(CObjectListTest, WithoutMemoryAnAddedObjectIsDroppedAndNotDeleted) {
+    const OrlixTest::tagChildResult result = OrlixTest::runInChild([this] {
+        CItem item(m_vecDeleted, 1);
+        m_lst.setOwn(false);
+        if (!OrlixTest::limitMemory(4000000))
+            return 1;
+        for (unsigned int i = 0; i < 1000000 && m_lst.getSize() == i; ++i)
+            m_lst.add(&item);
+        const unsigned int uiSize = m_lst.getSize();
+        m_lst.add(&item);
+        if (uiSize == 1000000 || m_lst.getSize() != uiSize || m_lst.m_pTail->pNext)
+            return 2;
+        m_lst.removeHead();
+        m_lst.add(&item); // into the node that was given back
+        return m_lst.getSize() == uiSize && m_vecDeleted.empty() ? 0 : 3;
+    });
+    EXPECT_EQ(result.iExitCode, 0);
+}
+#endif
 
 TEST_F(CObjectListTest, BehavesLikeAVector) {
     std::mt19937 random(35);
