@@ -14,6 +14,7 @@
 #include <climits>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <iterator>
 #include <map>
@@ -475,6 +476,44 @@ TEST(CMemAllocator, PoolThatCannotGrowFallsThroughToTheSystemHeap) {
     });
     EXPECT_EQ(result.iExitCode, 0);
     EXPECT_EQ(result.strOutput, "[Warning][OrlixEngine] Allocate memory pool block failed (size = 240000024).\n");
+}
+
+// Takes all the memory of the system heap there is, down to the smallest block.
+bool useUpMemory() {
+    if (!limitMemory(2000000))
+        return false;
+    void* volatile pTaken = nullptr; // keeps the compiler from leaving the unused blocks out
+    for (std::size_t uiSize = 1000; uiSize >= 8; uiSize -= 8)
+        do {
+            pTaken = std::malloc(uiSize);
+        } while (pTaken);
+    return true;
+}
+
+TEST(CMemAllocator, FirstWarningWithoutMemoryForABufferSpoilsNothing) {
+    const tagChildResult result = runInChild([] {
+        constexpr std::size_t COUNT = 64, BYTES = 24;
+        CProbe probe(4, 1);
+        probe.createPool(0, 16, 1, 1);
+        unsigned char* aryMarked[COUNT];
+        for (unsigned char*& pMarked : aryMarked) {
+            pMarked = static_cast<unsigned char*>(std::malloc(BYTES));
+            std::memset(pMarked, 0x5A, BYTES);
+        }
+        if (!useUpMemory())
+            return 1;
+        std::free(aryMarked[COUNT / 2]); // what a buffer of no size gets, amidst the others
+        aryMarked[COUNT / 2] = aryMarked[0];
+        if (probe.malloc(16))
+            return 2;
+        for (const unsigned char* const pMarked : aryMarked)
+            for (std::size_t i = 0; i < BYTES; ++i)
+                if (pMarked[i] != 0x5A)
+                    return 3;
+        return 0;
+    });
+    EXPECT_EQ(result.iExitCode, 0);
+    EXPECT_EQ(result.strOutput, "[Warning][OrlixEngine] Allocate memory pool block failed (size = 56).\n");
 }
 
 TEST(CMemAllocator, BigBlockWithoutMemoryGivesNullInSilence) {
