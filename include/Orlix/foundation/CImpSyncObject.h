@@ -7,7 +7,9 @@
 
 namespace Orlix {
 
-/** A recursive POSIX mutex. Results of the system calls are not looked at. */
+/** A recursive POSIX mutex. Results of the system calls are not looked at.
+ *
+ *  Threads: any operation from any thread; CSyncObject owns it. */
 class ORLIX_API CImpSyncObject : public ISyncObject {
     ORLIX_HEAP_CLASS(L"CImpSyncObject")
 
