@@ -140,7 +140,9 @@ TEST(CDataList, WithoutMemoryAnAddedValueIsDropped) {
         COpenList lst;
         if (!OrlixTest::limitMemory(4000000))
             return 1;
-        for (unsigned int i = 0; i < 1000000 && lst.getSize() == i; ++i)
+        lst.add(0); // so that the pool has its first block
+        OrlixTest::useUpMemory();
+        for (unsigned int i = 1; i < 1000000 && lst.getSize() == i; ++i)
             lst.add(static_cast<int>(i));
         const unsigned int uiSize = lst.getSize();
         lst.add(-1);

@@ -227,12 +227,14 @@ TEST_F(CObjectListTest, MovesTheVisitedElementWithoutEndingTheWalk) {
 
 #if !defined(ORLIX_TEST_ASAN) && !defined(ORLIX_TEST_TSAN) // both end the process when memory runs out
 TEST_F(CObjectListTest, WithoutMemoryAnAddedObjectIsDroppedAndNotDeleted) {
-    const OrlixTest::tagChildResult result = OrlixTest::runInChild([this] {
-        CItem item(m_vecDeleted, 1);
+    CItem item(m_vecDeleted, 1);
+    const OrlixTest::tagChildResult result = OrlixTest::runInChild([this, &item] {
         m_lst.setOwn(false);
         if (!OrlixTest::limitMemory(4000000))
             return 1;
-        for (unsigned int i = 0; i < 1000000 && m_lst.getSize() == i; ++i)
+        m_lst.add(&item); // so that the pool has its first block
+        OrlixTest::useUpMemory();
+        for (unsigned int i = 1; i < 1000000 && m_lst.getSize() == i; ++i)
             m_lst.add(&item);
         const unsigned int uiSize = m_lst.getSize();
         m_lst.add(&item);

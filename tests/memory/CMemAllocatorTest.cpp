@@ -478,18 +478,6 @@ TEST(CMemAllocator, PoolThatCannotGrowFallsThroughToTheSystemHeap) {
     EXPECT_EQ(result.strOutput, "[Warning][OrlixEngine] Allocate memory pool block failed (size = 240000024).\n");
 }
 
-// Takes all the memory of the system heap there is, down to the smallest block.
-bool useUpMemory() {
-    if (!limitMemory(2000000))
-        return false;
-    void* volatile pTaken = nullptr; // keeps the compiler from leaving the unused blocks out
-    for (std::size_t uiSize = 1000; uiSize >= 8; uiSize -= 8)
-        do {
-            pTaken = std::malloc(uiSize);
-        } while (pTaken);
-    return true;
-}
-
 TEST(CMemAllocator, FirstWarningWithoutMemoryForABufferSpoilsNothing) {
     const tagChildResult result = runInChild([] {
         constexpr std::size_t COUNT = 64, BYTES = 24;
@@ -500,8 +488,9 @@ TEST(CMemAllocator, FirstWarningWithoutMemoryForABufferSpoilsNothing) {
             pMarked = static_cast<unsigned char*>(std::malloc(BYTES));
             std::memset(pMarked, 0x5A, BYTES);
         }
-        if (!useUpMemory())
+        if (!limitMemory(2000000))
             return 1;
+        useUpMemory();
         std::free(aryMarked[COUNT / 2]); // what a buffer of no size gets, amidst the others
         aryMarked[COUNT / 2] = aryMarked[0];
         if (probe.malloc(16))
