@@ -8,8 +8,10 @@
 namespace Orlix {
 
 /** An auto-reset event with memory, on a condition variable that runs on the monotonic clock.
- *  Results of the system calls are not looked at. */
-class ORLIX_API CImpWaitObject final : public IWaitObject {
+ *  Results of the system calls are not looked at.
+ *
+ *  Threads: any operation from any thread; CWaitObject owns it. */
+class ORLIX_API CImpWaitObject : public IWaitObject {
     ORLIX_HEAP_CLASS(L"CImpWaitObject")
 
 public:
@@ -20,6 +22,7 @@ public:
 
     void reset() override;
     void wait(unsigned int uiMilliseconds) override;
+    /** A signal handler that runs meanwhile does not shorten it. */
     void forceWait(unsigned int uiMilliseconds) override;
     void notify() override;
 

@@ -55,6 +55,7 @@ public:
      *  @return the references left. An object without references stays as it is. */
     int release();
 
+    /** @return the references held; 0 for an object that is owned outright. */
     int getRef() const noexcept { return m_iRef; }
 
     /** @param pPool takes the object back when its last reference goes; not owned, null for none. */
