@@ -1,11 +1,15 @@
 #include <Orlix/messaging/CMessageCenter.h>
 
+#include <Orlix/foundation/CStringConverter.h>
 #include <Orlix/messaging/CMessageCenterProxy.h>
 #include <Orlix/messaging/CMsgRender.h>
 #include <Orlix/messaging/CMsgUser.h>
 #include <Orlix/threading/CTime.h>
 
 #include "messaging/RecordingListener.h"
+#include "support/ChildProcess.h"
+#include "support/MemoryLimit.h"
+#include "support/Sanitizer.h"
 
 #include <gtest/gtest.h>
 
@@ -247,6 +251,82 @@ TEST_F(CMessageCenterTest, PurgingASingleListRemovesEveryEarlierOneButNotTheTail
     m_pCenter->pushRenderMessage(lst, new CAnyMessage(1, 6), true);
     EXPECT_EQ(read(lst), (VecEntry{{1, 6}}));
 }
+
+TEST_F(CMessageCenterTest, PurgingReachesRepaintsThatCameByTheSingleSteps) {
+    m_pCenter->pushInputMessage(new CAnyMessage(1, 5));
+    m_pCenter->pushInputMessage(new CAnyMessage(1, 5));
+    m_pCenter->pushInputMessage(new CAnyMessage(20, 0));
+    push(1, 5);
+    EXPECT_EQ(read(m_pCenter->m_lstInput), (VecEntry{{20, 0}, {1, 5}}));
+    m_pCenter->clearMessageList();
+    COpenCenter center;
+    center.pushRenderMessage(center.m_lstInput, new CAnyMessage(1, 5), false);
+    center.pushInputMessage(new CAnyMessage(20, 0));
+    center.pushRenderMessage(center.m_lstInput, new CAnyMessage(1, 5), false);
+    center.pushInputMessage(new CAnyMessage(20, 1));
+    center.pushMessage(new CAnyMessage(1, 5));
+    EXPECT_EQ(read(center.m_lstInput), (VecEntry{{20, 0}, {20, 1}, {1, 5}}));
+}
+
+TEST_F(CMessageCenterTest, SingleStepsAppendWhateverTheType) {
+    m_pCenter->pushUserMessage(new CAnyMessage(7, 1));
+    EXPECT_EQ(m_pCenter->m_eLastList, 4u);
+    m_pCenter->pushInputMessage(new CAnyMessage(7, 2));
+    EXPECT_EQ(m_pCenter->m_eLastList, 1u);
+    m_pCenter->pushDataMessage(new CAnyMessage(7, 3));
+    EXPECT_EQ(m_pCenter->m_eLastList, 2u);
+    m_pCenter->pushTimerMessage(new CAnyMessage(7, 4));
+    EXPECT_EQ(m_pCenter->m_eLastList, 3u);
+    m_pCenter->pushSystemMessage(new CAnyMessage(7, 5));
+    EXPECT_EQ(m_pCenter->m_eLastList, 3u);
+    EXPECT_EQ(read(m_pCenter->m_lstSystem), (VecEntry{{7, 1}, {7, 5}}));
+    EXPECT_EQ(read(m_pCenter->m_lstInput), (VecEntry{{7, 2}}));
+    EXPECT_EQ(read(m_pCenter->m_lstData), (VecEntry{{7, 3}}));
+    EXPECT_EQ(read(m_pCenter->m_lstTimer), (VecEntry{{7, 4}}));
+    EXPECT_EQ(read(m_pCenter->m_lstUser), VecEntry{});
+    EXPECT_EQ(m_listener.m_iAvailable, 0) << "only pushMessage tells the listener";
+}
+
+TEST_F(CMessageCenterTest, SingleStepsIgnoreANullMessage) {
+    push(40, 1);
+    m_pCenter->pushSystemMessage(nullptr);
+    m_pCenter->pushInputMessage(nullptr);
+    m_pCenter->pushDataMessage(nullptr);
+    m_pCenter->pushTimerMessage(nullptr);
+    m_pCenter->pushUserMessage(nullptr);
+    m_pCenter->pushRenderMessage(m_pCenter->m_lstTimer, nullptr, true);
+    EXPECT_EQ(m_pCenter->getMessageCount(), 1u);
+    EXPECT_EQ(m_pCenter->m_eLastList, 3u);
+}
+
+#if !defined(ORLIX_TEST_ASAN) && !defined(ORLIX_TEST_TSAN) // both end the process when memory runs out
+TEST_F(CMessageCenterTest, WithoutMemoryForItsPlaceAMessageIsDeletedAndStillTold) {
+    const tagChildResult result = runInChild([this] {
+        const unsigned int aryType[] = {1, 10, 11, 20, 31, 40, 50};
+        CAnyMessage* aryMessage[std::size(aryType)];
+        for (unsigned int i = 0; i < std::size(aryType); ++i)
+            aryMessage[i] = new CAnyMessage(aryType[i], 3);
+        CAnyMessage* const pStep = new CAnyMessage(20, 3);
+        CStringConverter::printf(L"\n"); // the stream takes its buffers while there is memory
+        if (!limitMemory(0))
+            return 1;
+        for (const unsigned int uiSize : {100000u, 1000u, 1u})
+            while (CMemory::malloc(uiSize, 0)) {}
+        while (new CObjectList<CBaseMessage>::tagNode) {}
+        for (CAnyMessage* const pMessage : aryMessage) {
+            const int iAlive = CAnyMessage::s_iAlive;
+            m_pCenter->pushMessage(pMessage);
+            if (CAnyMessage::s_iAlive != iAlive - 1)
+                return 2;
+        }
+        if (m_listener.m_iAvailable != int(std::size(aryType)) || m_pCenter->getMessageCount() != 0)
+            return 3;
+        m_pCenter->pushInputMessage(pStep);
+        return CAnyMessage::s_iAlive == 0 ? 0 : 4;
+    });
+    EXPECT_EQ(result.iExitCode, 0);
+}
+#endif
 
 TEST_F(CMessageCenterTest, FindsARenderInTheTrailingRunOnly) {
     CObjectList<CBaseMessage> lst;
