@@ -609,6 +609,47 @@ TEST_F(CMessageCenterTest, BehavesLikeItsModel) {
     }
 }
 
+// The closing switch, the listener and the keys are plain fields: another thread may change them while messages come.
+TEST_F(CMessageCenterTest, SwitchesMayBeThrownWhileOthersPush) {
+    constexpr int PUSHES = 20000;
+    class CWaking : public IMessageCenterListener {
+    public:
+        void onMessageAvailable() override { ++m_iAvailable; }
+        std::atomic<int> m_iAvailable{0};
+    } waking;
+    std::atomic<bool> bDone{false};
+    std::thread switcher([&] {
+        while (!bDone) {
+            m_pCenter->lock();
+            m_pCenter->setListener(nullptr);
+            m_pCenter->unlock();
+            m_pCenter->setListener(&waking);
+        }
+    });
+    std::thread typist([&] {
+        for (unsigned int i = 0; i < PUSHES; ++i)
+            m_pCenter->pushHardkeyMessage(16 + i % 3, 1 + i % 5);
+    });
+    int iSeen = 0;
+    for (int i = 0; i < PUSHES; ++i) {
+        push(20, 1);
+        iSeen += m_pCenter->isCtrlKeyPress() || m_pCenter->isShiftKeyPress() || m_pCenter->isAltKeyPress();
+        iSeen += m_pCenter->isLocked();
+    }
+    typist.join();
+    bDone = true;
+    switcher.join();
+    EXPECT_LE(iSeen, 2 * PUSHES);
+    EXPECT_LE(waking.m_iAvailable, 2 * PUSHES);
+    EXPECT_LE(m_pCenter->getMessageCount(), 2u * PUSHES);
+    EXPECT_FALSE(m_pCenter->isLocked());
+    m_pCenter->clearMessageList();
+    const int iBefore = waking.m_iAvailable;
+    push(20, 1);
+    EXPECT_EQ(waking.m_iAvailable, iBefore + 1);
+    EXPECT_EQ(m_pCenter->getMessageCount(), 1u);
+}
+
 TEST_F(CMessageCenterTest, UnderLoadNothingIsLostDoubledOrReorderedPerProducer) {
     constexpr unsigned int PRODUCERS = 4, MESSAGES = 250000;
     const unsigned int aryType[] = {10, 20, 31, 40};
