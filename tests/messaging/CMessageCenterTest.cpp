@@ -188,6 +188,36 @@ TEST_F(CMessageCenterTest, OnEqualSpansTheLaterEntryWins) {
     }
 }
 
+TEST_F(CMessageCenterTest, OnlyTheListThatDeliversIsMarkedWithTheTick) {
+    for (unsigned int i = 0; i < 4; ++i)
+        m_pCenter->m_arrListInfo[i].uiLastTime = CTime::getTickCount() - 5000;
+    const unsigned int uiOld = m_pCenter->m_arrListInfo[0].uiLastTime;
+    push(31);
+    const unsigned int uiBefore = CTime::getTickCount();
+    EXPECT_EQ(pop().first, 31u);
+    push(10);
+    EXPECT_EQ(pop().first, 10u);
+    for (unsigned int i = 0; i < 4; ++i) {
+        const auto& info = m_pCenter->m_arrListInfo[i];
+        if (info.uiListType == 2) {
+            EXPECT_GE(info.uiLastTime, uiBefore);
+            EXPECT_LE(info.uiLastTime, CTime::getTickCount());
+        } else {
+            EXPECT_NEAR(info.uiLastTime, uiOld, 1000) << info.uiListType;
+        }
+    }
+}
+
+TEST_F(CMessageCenterTest, ARepeatLeavesTheTailAndGoesItself) {
+    push(20, 0);
+    push(20, 1);
+    auto* const pFirst = new CAnyMessage(1, 5);
+    m_pCenter->pushMessage(pFirst);
+    push(1, 5);
+    EXPECT_EQ(m_pCenter->m_lstInput.getAt(2), pFirst);
+    EXPECT_EQ(m_pCenter->getMessageCount(), 3u);
+}
+
 TEST_F(CMessageCenterTest, PoppedMessagesHaveOneReference) {
     push(20);
     const CObjectPtr<CBaseMessage> ptr = m_pCenter->popMessage();
@@ -376,6 +406,9 @@ TEST_F(CMessageCenterTest, ModifierKeysFollowTheirStates) {
                 EXPECT_EQ(readKeys(), key.iPressed) << "other states change nothing";
                 m_pCenter->pushHardkeyMessage(key.uiKey, uiUp);
                 EXPECT_EQ(readKeys(), 0);
+                m_pCenter->pushHardkeyMessage(key.uiKey, 0);
+                m_pCenter->pushHardkeyMessage(key.uiKey, 6);
+                EXPECT_EQ(readKeys(), 0) << "other states press nothing either";
             }
         }
     }
@@ -444,13 +477,14 @@ TEST_F(CMessageCenterTest, PostsEveryKind) {
 
 TEST_F(CMessageCenterTest, TheProxyReadsTheKeysAndPostsNothing) {
     CMessageCenter* const pCenter = CMessageCenter::getInstance();
-    EXPECT_FALSE(CMessageCenterProxy::isCtrlKeyPress());
-    pCenter->pushHardkeyMessage(16, 1);
+    for (const unsigned int uiKey : {16u, 17u, 18u}) {
+        pCenter->pushHardkeyMessage(uiKey, 1);
+        EXPECT_EQ(CMessageCenterProxy::isShiftKeyPress(), uiKey == 16);
+        EXPECT_EQ(CMessageCenterProxy::isCtrlKeyPress(), uiKey == 17);
+        EXPECT_EQ(CMessageCenterProxy::isAltKeyPress(), uiKey == 18);
+        pCenter->pushHardkeyMessage(uiKey, 4);
+    }
     pCenter->pushHardkeyMessage(17, 1);
-    pCenter->pushHardkeyMessage(18, 1);
-    EXPECT_TRUE(CMessageCenterProxy::isCtrlKeyPress());
-    EXPECT_TRUE(CMessageCenterProxy::isShiftKeyPress());
-    EXPECT_TRUE(CMessageCenterProxy::isAltKeyPress());
     pCenter->clearMessageList();
     CMessageCenterProxy::pushSystemMessage(1, nullptr, nullptr);
     CMessageCenterProxy::pushGestureMessage(1, 1, nullptr);
