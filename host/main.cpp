@@ -10,19 +10,28 @@
 
 namespace {
 
+constexpr int EXIT_OUTPUT = 1;
 constexpr int EXIT_USAGE = 2;
+
+int refuse(const char* pPath, int iError) {
+    std::fprintf(stderr, "orlix-host: cannot read %s: %s\n", pPath, std::strerror(iError));
+    return EXIT_USAGE;
+}
 
 int playText(const char* pPath) {
     CTextSource source;
-    if (!source.open(pPath)) {
-        std::fprintf(stderr, "orlix-host: cannot read %s: %s\n", pPath, std::strerror(errno));
-        return EXIT_USAGE;
-    }
+    if (!source.open(pPath))
+        return refuse(pPath, errno);
     CHostApplication application;
     source.start();
     application.runLoop();
+    if (source.getError() != 0)
+        return refuse(pPath, source.getError());
     application.printSummary();
-    return 0;
+    if (std::fflush(stdout) == 0 && !std::ferror(stdout))
+        return 0;
+    std::fprintf(stderr, "orlix-host: the output could not be written\n");
+    return EXIT_OUTPUT;
 }
 } // namespace
 
