@@ -16,10 +16,8 @@ bool CFile::open(const CString& strPath, const wchar_t* pMode) {
     if (strPath.length() == 0 || !pMode)
         return false;
     m_bReadMode = !std::wcschr(pMode, L'w') && !std::wcschr(pMode, L'a');
-    if (!m_bReadMode)
+    if (!m_bReadMode) // the other modes make nothing, so there a missing file is the system's to refuse
         CFolder::createFolder(CPath::getFileFolder(strPath)); // if that fails, so does the opening
-    else if (!isExist(strPath))
-        return false;
     char szMode[MODE_BYTES];
     CStringConverter::convertToMBCS(pMode, szMode, sizeof(szMode));
     m_pStream = std::fopen(CPathBuffer(strPath).get(), szMode);
