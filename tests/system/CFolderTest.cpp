@@ -5,7 +5,9 @@
 #include <Orlix/system/CImpFolder.h>
 #include <Orlix/system/CPath.h>
 
+#include "support/MemoryLimit.h"
 #include "support/OrdinaryUser.h"
+#include "support/Sanitizer.h"
 #include "support/TempFolder.h"
 
 #include <gtest/gtest.h>
@@ -278,6 +280,25 @@ TEST(CFolder, NamesMayHaveAnyCharacters) {
     ASSERT_EQ(folder.getEntryCount(), 1u);
     EXPECT_TRUE(folder.getEntry(0)->strPath == strPath + L"/\U0001F600.txt");
 }
+
+#if !defined(ORLIX_TEST_ASAN) && !defined(ORLIX_TEST_TSAN)
+TEST(CFolder, AFolderWithoutMemoryForAllItsEntriesIsNotOpened) {
+    const CTempFolder temp;
+    makeFolder(temp / "small");
+    for (int i = 0; i < 3000; ++i)
+        writeWhole(temp / (std::string(240, 'n') + std::to_string(i)), "");
+    const int iCode = runInChild([&] {
+                          CFolder folder;
+                          if (!folder.open(toText(temp / "small")) || !OrlixTest::limitMemory(1000000))
+                              return 1;
+                          if (folder.open(toText(temp.getPath())) || folder.getEntryCount() != 0)
+                              return 2;
+                          OrlixTest::unlimitMemory();
+                          return folder.open(toText(temp.getPath())) && folder.getEntryCount() == 3001 ? 0 : 3;
+                      }).iExitCode;
+    EXPECT_EQ(iCode, 0);
+}
+#endif
 
 // ---- Names that are no valid text
 
