@@ -45,7 +45,7 @@ unsigned int CFile::getFileSize() {
     if (!m_pStream)
         return 0;
     const long lPosition = std::ftell(m_pStream);
-    if (lPosition < 0 || std::fseek(m_pStream, 0, SEEK_END) != 0)
+    if (std::fseek(m_pStream, 0, SEEK_END) != 0) // it has no positions
         return 0;
     const long lSize = std::ftell(m_pStream);
     std::fseek(m_pStream, lPosition, SEEK_SET);

@@ -5,6 +5,7 @@
 #include <Orlix/system/CImpFolder.h>
 #include <Orlix/system/CPath.h>
 
+#include "support/Descriptors.h"
 #include "support/MemoryLimit.h"
 #include "support/OrdinaryUser.h"
 #include "support/Sanitizer.h"
@@ -22,6 +23,7 @@
 #include <vector>
 
 using namespace Orlix;
+using OrlixTest::countDescriptors;
 using OrlixTest::CTempFolder;
 using OrlixTest::giveToOrdinaryUser;
 using OrlixTest::readWhole;
@@ -188,6 +190,16 @@ TEST(CFolder, OpensLinksAsTheSystemFollowsThem) {
     EXPECT_EQ(listEntries(folder), FPaths{temp / "link/a a file"});
     EXPECT_FALSE(folder.open(toText(temp / "dangling")));
     EXPECT_FALSE(folder.open(toText(temp / "circle")));
+}
+
+TEST(CFolder, NoDescriptorIsLeftOver) {
+    const CTempFolder temp;
+    writeWhole(temp / "a", "");
+    const std::ptrdiff_t iBefore = countDescriptors();
+    CFolder folder;
+    ASSERT_TRUE(folder.open(toText(temp.getPath())));
+    EXPECT_FALSE(CFolder().open(toText(temp / "a")));
+    EXPECT_EQ(countDescriptors(), iBefore) << "an open folder holds its entries, not the folder";
 }
 
 TEST(CImpFolder, AppendsToWhatTheArrayHolds) {
@@ -668,7 +680,7 @@ TEST(CFolder, FindsByExtensionAsAModelDoes) {
         makeTree(temp / "x.txt", random);
         for (const FPaths& aryExtension :
              {FPaths{"txt"}, FPaths{"TXT"}, FPaths{"gz", "Png"}, FPaths{""}, FPaths{"*"}, FPaths{"png", "*", "txt"},
-              FPaths{"tar.gz"}, FPaths{".txt"}, FPaths{"t*"}, FPaths{}}) {
+              FPaths{"tar.gz"}, FPaths{".txt"}, FPaths{"t*"}, FPaths{"*t"}, FPaths{}}) {
             const bool bRecursive = random() % 2 == 0;
             FPaths aryExpected;
             findByModel(
