@@ -42,6 +42,15 @@
 #include <Orlix/messaging/IMessageCenterListener.h>
 #include <Orlix/messaging/IMsgSystemListener.h>
 #include <Orlix/messaging/IMsgUserListener.h>
+#include <Orlix/system/CFile.h>
+#include <Orlix/system/CFolder.h>
+#include <Orlix/system/CImpFile.h>
+#include <Orlix/system/CImpFolder.h>
+#include <Orlix/system/CImpPath.h>
+#include <Orlix/system/CPath.h>
+#include <Orlix/system/IFile.h>
+#include <Orlix/system/IFolder.h>
+#include <Orlix/system/IPath.h>
 #include <Orlix/threading/CImpTime.h>
 #include <Orlix/threading/CTime.h>
 #include <Orlix/threading/CTimeSpan.h>

@@ -4,6 +4,7 @@
 #include <Orlix/foundation/CString.h>
 #include <Orlix/memory/CMemManager.h>
 #include <Orlix/memory/CMemory.h>
+#include <Orlix/system/CPath.h>
 
 #include "foundation/StaticOrder.h"
 #include "support/Sanitizer.h"
@@ -83,8 +84,30 @@ CProbe g_probeBefore __attribute__((init_priority(289))) (L"before");
 CProbe g_probeAfter __attribute__((init_priority(291))) (L"after");
 CProbe g_probeLast(L"last");
 
+const void* g_pFolder = nullptr; // the block of the project folder's text
+
+// Says whether the library still keeps the project folder when its own turn to go comes.
+class CFolderProbe {
+public:
+    explicit CFolderProbe(const wchar_t* szName) : m_szName(szName) {}
+    CFolderProbe(const CFolderProbe&) = delete;
+    CFolderProbe& operator=(const CFolderProbe&) = delete;
+    ~CFolderProbe() {
+        if (g_pFolder) // not in the program that only compares
+            std::wprintf(L"%ls: project folder %ls\n", m_szName, isManagerBlock(g_pFolder) ? L"kept" : L"given back");
+    }
+
+private:
+    const wchar_t* m_szName;
+};
+
+CFolderProbe g_probeBeforePath __attribute__((init_priority(329))) (L"before paths");
+CFolderProbe g_probeAfterPath __attribute__((init_priority(331))) (L"after paths");
+
 int runProbed() {
     std::wprintf(L"main: %ls\n", CProbe::getManagerState());
+    CPath::setProjectFolder(L"/project");
+    g_pFolder = CPath::getProjectFolder().getBuffer();
     g_probeLast.freeEarly();
     g_probeAfter.freeEarly();
 #ifndef ORLIX_TEST_ASAN // the library looks in front of these two, and the sanitizer stops the program there
@@ -138,6 +161,8 @@ const char EXPECTED[] = "first: built without manager, block of the system heap\
                         "before: frees 0x\n" INVALID_LINE "first: frees 0x\n" INVALID_LINE
 #endif
                         "last: gone with manager\n"
+                        "after paths: project folder kept\n"
+                        "before paths: project folder given back\n"
                         "after: gone with manager\n"
                         "before: gone without manager\n"
                         "first: gone without manager\n";
