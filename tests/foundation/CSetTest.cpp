@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 using namespace Orlix;
 
 namespace {
@@ -19,5 +21,20 @@ TEST(CSet, HoldsEachKeyOnce) {
     EXPECT_FALSE(set.contains(5));
     set.clear();
     EXPECT_EQ(set.getCount(), 0u);
+}
+
+TEST(CSet, HidesTheMapItIs) {
+    using CNumberSet = CSet<int, tagNumCompare<int>>;
+    static_assert(!std::is_convertible_v<CNumberSet*, CObject*>);
+    CNumberSet* const pSet = new CNumberSet;
+    pSet->add(1);
+    delete pSet;
+}
+
+TEST(CSet, FollowsItsComparator) {
+    CSet<CString, tagStringCompareIC> set;
+    EXPECT_TRUE(set.add(L"Word"));
+    EXPECT_FALSE(set.add(L"wORD"));
+    EXPECT_TRUE(set.contains(L"word"));
 }
 } // namespace
