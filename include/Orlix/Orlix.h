@@ -28,6 +28,7 @@
 #include <Orlix/foundation/IWaitObject.h>
 #include <Orlix/foundation/MapCompare.h>
 #include <Orlix/foundation/OrlixApi.h>
+#include <Orlix/math/CMath.h>
 #include <Orlix/memory/CMemAllocator.h>
 #include <Orlix/memory/CMemManager.h>
 #include <Orlix/memory/CMemory.h>
