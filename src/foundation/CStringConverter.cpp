@@ -112,33 +112,53 @@ constexpr tagDigitPairs makeDigitPairs() {
 
 constexpr tagDigitPairs DIGIT_PAIRS = makeDigitPairs();
 
-template <class TNumber> unsigned int countDigits(TNumber uiValue) {
-    unsigned int uiCount = 1;
-    for (;; uiCount += 4, uiValue /= 10000) {
-        if (uiValue < 10)
-            return uiCount;
-        if (uiValue < 100)
-            return uiCount + 1;
-        if (uiValue < 1000)
-            return uiCount + 2;
-        if (uiValue < 10000)
-            return uiCount + 3;
-    }
+struct tagDigitLimits {
+    std::uint64_t aryLeast[20]; // the least number with one digit more than the index
+};
+
+constexpr tagDigitLimits makeDigitLimits() {
+    tagDigitLimits limits{};
+    std::uint64_t uiPower = 1;
+    for (int i = 1; i < 20; ++i)
+        limits.aryLeast[i] = uiPower *= 10;
+    return limits;
+}
+
+constexpr tagDigitLimits DIGIT_LIMITS = makeDigitLimits();
+
+// The logarithm to base 2, times that of 2 to base 10, is the number of digits or one less; the table tells which.
+// H. S. Warren, "Hacker's Delight", 2nd edition 2012, section 11-4.
+unsigned int countDigits(std::uint64_t uiValue) {
+    const unsigned int uiBits = 64u - static_cast<unsigned int>(__builtin_clzl(uiValue | 1));
+    const unsigned int uiGuess = uiBits * 1233u >> 12;
+    return uiGuess + (uiValue >= DIGIT_LIMITS.aryLeast[uiGuess]);
+}
+
+template <class TNumber> void writePair(TNumber uiPair, wchar_t* pTarget) {
+    std::memcpy(pTarget, DIGIT_PAIRS.aryPair[uiPair], sizeof(DIGIT_PAIRS.aryPair[0]));
 }
 
 /** Writes the digits without a terminator. @return behind the last one. */
 template <class TNumber> wchar_t* writeDigits(TNumber uiValue, wchar_t* pBuffer) {
     wchar_t* const pEnd = pBuffer + countDigits(uiValue);
     wchar_t* pWrite = pEnd;
-    while (uiValue >= 100) {
-        pWrite -= 2;
-        std::memcpy(pWrite, DIGIT_PAIRS.aryPair[uiValue % 100], sizeof(DIGIT_PAIRS.aryPair[0]));
-        uiValue /= 100;
+    // Four at a time, because each division waits for the one before; the two pairs do not wait for each other.
+    while (uiValue >= 10000) {
+        const std::uint32_t uiFour = static_cast<std::uint32_t>(uiValue % 10000);
+        uiValue /= 10000;
+        pWrite -= 4;
+        writePair(uiFour / 100, pWrite);
+        writePair(uiFour % 100, pWrite + 2);
     }
-    if (uiValue >= 10)
-        std::memcpy(pBuffer, DIGIT_PAIRS.aryPair[uiValue], sizeof(DIGIT_PAIRS.aryPair[0]));
+    std::uint32_t uiRest = static_cast<std::uint32_t>(uiValue);
+    if (uiRest >= 100) {
+        writePair(uiRest % 100, pWrite - 2);
+        uiRest /= 100;
+    }
+    if (uiRest >= 10)
+        writePair(uiRest, pBuffer);
     else
-        *pBuffer = static_cast<wchar_t>(L'0' + static_cast<int>(uiValue));
+        *pBuffer = static_cast<wchar_t>(L'0' + static_cast<int>(uiRest));
     return pEnd;
 }
 
