@@ -36,12 +36,11 @@ int measureLongFormat(const wchar_t* pFormat, va_list listArgs) {
     return -1;
 }
 
+/** @return the next "%s", the terminator if there is none. */
 const wchar_t* findPercentS(const wchar_t* pText) {
-    for (; *pText != L'\0'; ++pText) {
-        if (pText[0] == L'%' && pText[1] == L's')
-            return pText;
-    }
-    return nullptr;
+    while (*pText != L'\0' && (pText[0] != L'%' || pText[1] != L's'))
+        ++pText;
+    return pText;
 }
 } // namespace
 
@@ -55,16 +54,15 @@ int vscwprintf(const wchar_t* pFormat, va_list listArgs) {
 
 CWideFormat::CWideFormat(const wchar_t* pFormat) : m_pFormat(pFormat) {
     const wchar_t* const pFirst = findPercentS(pFormat);
-    if (!pFirst)
+    if (*pFirst == L'\0')
         return;
-    const std::size_t uiLength = std::wcslen(pFormat);
-    if (uiLength > SHORT_FORMAT) {
+    if (std::wcslen(pFormat) > SHORT_FORMAT) {
         m_strLong = pFormat;
         m_strLong.replaceAll(L"%s", L"%ls");
         m_pFormat = m_strLong.getBuffer();
         return;
     }
-    rewriteShort(static_cast<std::size_t>(pFirst - pFormat), uiLength);
+    rewriteShort(pFirst);
     m_pFormat = m_aryShort;
 }
 
@@ -88,14 +86,14 @@ CString CWideFormat::render(va_list listArgs) const {
     return strResult;
 }
 
-void CWideFormat::rewriteShort(std::size_t uiFirst, std::size_t uiLength) {
-    const wchar_t* pRead = m_pFormat + uiFirst;
-    wchar_t* pWrite = CTextBuffer::put(m_aryShort, m_pFormat, uiFirst);
-    for (const wchar_t* const pEnd = m_pFormat + uiLength; pRead != pEnd; ++pRead) {
-        *pWrite++ = *pRead;
-        if (*pRead == L'%' && pRead[1] == L's')
-            *pWrite++ = L'l';
+void CWideFormat::rewriteShort(const wchar_t* pFound) {
+    const wchar_t* pRead = m_pFormat;
+    wchar_t* pWrite = m_aryShort;
+    for (; *pFound != L'\0'; pFound = findPercentS(pRead)) {
+        pWrite = CTextBuffer::put(pWrite, pRead, static_cast<std::size_t>(pFound + 1 - pRead));
+        *pWrite++ = L'l';
+        pRead = pFound + 1;
     }
-    *pWrite = L'\0';
+    CTextBuffer::put(pWrite, pRead, static_cast<std::size_t>(pFound + 1 - pRead)); // with the terminator
 }
 } // namespace Orlix

@@ -27,6 +27,6 @@ private:
     CString m_strLong;
     wchar_t m_aryShort[SHORT_FORMAT / 2 * 3 + 1]; // each "%s" grows by one character
 
-    void rewriteShort(std::size_t uiFirst, std::size_t uiLength);
+    void rewriteShort(const wchar_t* pFound);
 };
 } // namespace Orlix
