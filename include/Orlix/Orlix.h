@@ -1,6 +1,10 @@
 #pragma once
 
 // The whole library; a source that uses a part of it includes that class's header instead.
+#include <Orlix/formats/CXMLElement.h>
+#include <Orlix/formats/CXMLHelper.h>
+#include <Orlix/formats/CXMLParser.h>
+#include <Orlix/formats/IXMLParserListener.h>
 #include <Orlix/foundation/CArrayPtr.h>
 #include <Orlix/foundation/CAutoSync.h>
 #include <Orlix/foundation/CDataArray.h>

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <Orlix/formats/CXMLElement.h>
+
+namespace Orlix {
+
+/** Visits a node and all below it in the order of the names. Unlike the map's own walk it needs no memory. */
+template <class TVisit> void visitAttributes(const CXMLElement::CAttributeMap::tagNode* pNode, const TVisit& visit) {
+    for (; pNode; pNode = pNode->pRight) {
+        visitAttributes(pNode->pLeft, visit);
+        visit(*pNode);
+    }
+}
+} // namespace Orlix
