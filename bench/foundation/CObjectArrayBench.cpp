@@ -5,6 +5,7 @@
 #include <Orlix/foundation/CObjectArray.h>
 
 #include "support/CFloorHeap.h"
+#include "support/KeepHeap.h"
 
 #include <benchmark/benchmark.h>
 
@@ -74,6 +75,7 @@ void registerFill(const std::string& strName, void (*pFill)(benchmark::State&)) 
 }
 
 const bool g_bRegistered = [] {
+    keepHeap();
     registerFill("CObjectArray", fill<OrlixArray>);
     registerFill("Floor", fillFloor);
     registerFill("StdVector", fill<StdVector>);
