@@ -5,7 +5,7 @@
 // time: that is what exact buffers cost, and it stays visible here.
 #include <Orlix/foundation/CString.h>
 
-#include "support/FloorHeap.h"
+#include "support/CFloorHeap.h"
 
 #include <benchmark/benchmark.h>
 
@@ -28,7 +28,7 @@ std::size_t measure(const wchar_t* pText) {
 }
 
 wchar_t* floorCopy(const wchar_t* pText, std::size_t uiLength) {
-    wchar_t* const pCopy = static_cast<wchar_t*>(FloorHeap::allocate((uiLength + 1) * sizeof(wchar_t)));
+    wchar_t* const pCopy = static_cast<wchar_t*>(CFloorHeap::allocate((uiLength + 1) * sizeof(wchar_t)));
     std::wmemcpy(pCopy, pText, uiLength);
     pCopy[uiLength] = L'\0';
     return pCopy;
@@ -50,8 +50,8 @@ void Floor_make(benchmark::State& state) {
         benchmark::DoNotOptimize(pText);
         wchar_t* pCopy = floorCopy(pText, uiLength);
         benchmark::DoNotOptimize(pCopy);
-        FloorHeap::release(pCopy);
-        FloorHeap::release(pText);
+        CFloorHeap::release(pCopy);
+        CFloorHeap::release(pText);
     }
 }
 BENCHMARK(Floor_make);
@@ -91,10 +91,10 @@ void Floor_append100(benchmark::State& state) {
         for (int i = 0; i < APPENDS; ++i) {
             const std::size_t uiAdded = measure(EIGHT_CHARS);
             wchar_t* const pLonger =
-                static_cast<wchar_t*>(FloorHeap::allocate((uiLength + uiAdded + 1) * sizeof(wchar_t)));
+                static_cast<wchar_t*>(CFloorHeap::allocate((uiLength + uiAdded + 1) * sizeof(wchar_t)));
             if (pText) {
                 std::wmemcpy(pLonger, pText, uiLength);
-                FloorHeap::release(pText);
+                CFloorHeap::release(pText);
             }
             std::wmemcpy(pLonger + uiLength, EIGHT_CHARS, uiAdded);
             uiLength += uiAdded;
@@ -102,7 +102,7 @@ void Floor_append100(benchmark::State& state) {
             pText = pLonger;
             benchmark::DoNotOptimize(pText);
         }
-        FloorHeap::release(pText);
+        CFloorHeap::release(pText);
     }
 }
 BENCHMARK(Floor_append100);

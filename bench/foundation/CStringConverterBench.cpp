@@ -6,7 +6,7 @@
 #include <Orlix/foundation/CString.h>
 #include <Orlix/foundation/CStringConverter.h>
 
-#include "support/FloorHeap.h"
+#include "support/CFloorHeap.h"
 
 #include <benchmark/benchmark.h>
 
@@ -144,10 +144,10 @@ void Floor_format(benchmark::State& state) {
         const int iCount = std::swprintf(aryText, 1024, L"[%u] %ls: surface %d moved to (%d, %d)\n", 123456u,
                                          L"CSurfaceManager", 17, 320, -240);
         const std::size_t uiBytes = (static_cast<std::size_t>(iCount) + 1) * sizeof(wchar_t);
-        void* pText = FloorHeap::allocate(uiBytes);
+        void* pText = CFloorHeap::allocate(uiBytes);
         std::memcpy(pText, aryText, uiBytes);
         benchmark::DoNotOptimize(pText);
-        FloorHeap::release(pText);
+        CFloorHeap::release(pText);
     }
 }
 BENCHMARK(Floor_format);

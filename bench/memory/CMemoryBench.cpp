@@ -1,10 +1,9 @@
 // Allocating and freeing blocks of 8 to 512 bytes: pairs, batches of 1000, and both from two threads at once.
 //
-// The floor is a free list per size under one recursive mutex, with the mark in front of each block that free tests.
 // Left out: what a heap costs that has grown old and fragmented.
 #include <Orlix/memory/CMemory.h>
 
-#include "support/FloorHeap.h"
+#include "support/CFloorHeap.h"
 
 #include <benchmark/benchmark.h>
 
@@ -74,8 +73,8 @@ struct PmrPool {
 };
 
 struct Floor {
-    static void* allocate(std::size_t uiSize) { return FloorHeap::allocate(uiSize); }
-    static void release(void* pBlock, std::size_t) { FloorHeap::release(pBlock); }
+    static void* allocate(std::size_t uiSize) { return CFloorHeap::allocate(uiSize); }
+    static void release(void* pBlock, std::size_t) { CFloorHeap::release(pBlock); }
 };
 
 template <class THeap> void pairs(benchmark::State& state) {

@@ -332,6 +332,16 @@ TEST(CDataArray, RemovalGivesTheFreedSlotTheDefault) {
     EXPECT_EQ(ary.getCapacity(), 2u);
 }
 
+TEST(CDataArray, NumberOfItsOwnIsTakenBeforeTheBufferGoes) {
+    CDataArray<int> ary;
+    ary.add(41);
+    for (unsigned int i = 0; i < 26;
+         ++i) // past six growth steps; a late read of the old buffer is the sanitizer's find
+        ary.add(ary[0]);
+    for (unsigned int i = 0; i < 27; ++i)
+        EXPECT_EQ(ary[i], 41) << i;
+}
+
 TEST(CDataArray, BehavesLikeAVector) {
     std::mt19937 random(20211121);
     CDataArray<int> ary;

@@ -10,6 +10,7 @@
 #include <atomic>
 #include <chrono>
 #include <csignal>
+#include <fstream>
 #include <string>
 #include <sys/syscall.h>
 #include <thread>
@@ -24,6 +25,37 @@ template <class F> long long measureMilliseconds(F fnBody) {
     fnBody();
     return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start).count();
 }
+
+/** A thread in one limited wait. */
+class CSleeper {
+public:
+    explicit CSleeper(CWaitObject& waitObject)
+        : m_thread([this, &waitObject] {
+              m_iThread = static_cast<int>(syscall(SYS_gettid));
+              m_iTook = measureMilliseconds([&] { waitObject.wait(60000); });
+          }) {
+        while (!isAsleep())
+            std::this_thread::yield();
+    }
+
+    /** How long the wait took. */
+    long long join() {
+        m_thread.join();
+        return m_iTook;
+    }
+
+private:
+    std::atomic<int> m_iThread{0};
+    long long m_iTook = 0;
+    std::thread m_thread; // last, so that what it writes exists before it
+
+    bool isAsleep() const {
+        std::ifstream file("/proc/self/task/" + std::to_string(m_iThread) + "/stat");
+        std::string strNumber, strName, strState;
+        file >> strNumber >> strName >> strState;
+        return strState == "S";
+    }
+};
 
 class CRecorder final : public IWaitObject {
     ORLIX_HEAP_CLASS(L"CRecorder")
@@ -113,6 +145,30 @@ TEST_F(CWaitObjectTest, SignalOfAnotherThreadWakesTheWaiter) {
         EXPECT_TRUE(bNotified) << "woke before the signal";
         other.join();
     }
+}
+
+TEST_F(CWaitObjectTest, EachSignalWakesOneOfTheSleepers) {
+    for (int i = 0; i < 50; ++i) { // the second signal most often comes before the first one woken has taken its own
+        CSleeper first(m_wait), second(m_wait);
+        m_wait.notify();
+        m_wait.notify();
+        EXPECT_LT(first.join(), 30000);
+        EXPECT_LT(second.join(), 30000);
+    }
+}
+
+TEST_F(CWaitObjectTest, NoSignalIsLostBetweenTheLookAndTheSleep) {
+    constexpr unsigned int COUNT = 200000;
+    std::atomic<unsigned int> uiPosted{0};
+    std::thread other([&] {
+        for (unsigned int i = 0; i < COUNT; ++i) {
+            uiPosted.fetch_add(1, std::memory_order_relaxed);
+            m_wait.notify();
+        }
+    });
+    while (uiPosted.load(std::memory_order_relaxed) != COUNT)
+        EXPECT_LT(measureMilliseconds([&] { m_wait.wait(60000); }), 30000) << "slept through a signal";
+    other.join();
 }
 
 TEST_F(CWaitObjectTest, ForcedWaitIsNotCutShortAndLeavesTheSignal) {

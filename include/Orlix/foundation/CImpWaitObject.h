@@ -5,6 +5,8 @@
 
 #include <pthread.h>
 
+#include <atomic>
+
 namespace Orlix {
 
 /** An auto-reset event with memory, on a condition variable that runs on the monotonic clock.
@@ -30,9 +32,11 @@ protected:
     pthread_mutex_t m_mutex;
     pthread_cond_t m_condition;
     pthread_condattr_t m_attribute;
-    bool m_bSignaled; // guarded by m_mutex
+    std::atomic<bool> m_bSignaled;         // set and cleared under m_mutex
+    std::atomic<unsigned int> m_uiWaiters; // threads inside the condition; changed under m_mutex
 
 private:
+    bool isRemembered() noexcept;
     void waitUntilSignaled();
     void waitOnceUntilDeadline(unsigned int uiMilliseconds);
 };

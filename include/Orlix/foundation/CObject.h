@@ -43,7 +43,7 @@ public:
     CObject& operator=(const CObject&) noexcept { return *this; }
 
     /** Does not look at the count. */
-    virtual ~CObject();
+    virtual ~CObject() = default;
 
     /** Brings a pooled object back to its first state; does nothing unless a class says otherwise. */
     virtual void reset();
