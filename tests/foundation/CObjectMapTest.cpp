@@ -397,6 +397,28 @@ TEST(CObjectMapReentrance, ADestructorMayLookAndChange) {
     EXPECT_EQ(map.buildPairs(), 1u);
 }
 
+struct CWatcher : CObject {
+    struct TMap : CObjectMap<int, CWatcher, tagNumCompare<int>> {
+        using CObjectMap::m_bUpdateNode;
+    };
+    CWatcher(TMap& map, bool& bBalancing) : m_map(map), m_bBalancing(bBalancing) {}
+    ~CWatcher() override { m_bBalancing = m_map.m_bUpdateNode; }
+    TMap& m_map;
+    bool& m_bBalancing;
+};
+
+TEST(CObjectMapReentrance, BalancingIsOffWhileClearRunsAndOnOtherwise) {
+    bool bBalancing = false;
+    CWatcher::TMap map;
+    for (const int iKey : {1, 2, 3})
+        map.addItem(iKey, new CWatcher(map, bBalancing));
+    map.deleteItem(1);
+    EXPECT_TRUE(bBalancing);
+    map.clear();
+    EXPECT_FALSE(bBalancing);
+    EXPECT_TRUE(map.m_bUpdateNode);
+}
+
 #if !defined(ORLIX_TEST_ASAN) && !defined(ORLIX_TEST_TSAN) // the sanitizers end the process when memory runs out
 /** Makes the stack and the buffer of the wide output now: under a limit the one cannot grow, and the C library writes
  *  over foreign memory when it finds none for the other. */
