@@ -301,7 +301,7 @@ TEST(CFolder, AFolderWithoutMemoryForAllItsEntriesIsNotOpened) {
         writeWhole(temp / (std::string(240, 'n') + std::to_string(i)), "");
     const int iCode = runInChild([&] {
                           CFolder folder;
-                          if (!folder.open(toText(temp / "small")) || !OrlixTest::limitMemory(1000000))
+                          if (!folder.open(toText(temp / "small")) || !OrlixTest::leaveMemory(1000000))
                               return 1;
                           if (folder.open(toText(temp.getPath())) || folder.getEntryCount() != 0)
                               return 2;
