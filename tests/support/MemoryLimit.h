@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdio>
-#include <cstdlib>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -21,20 +20,5 @@ inline bool limitMemory(unsigned long uiExtraBytes) {
 inline bool unlimitMemory() {
     const rlimit limit{RLIM_INFINITY, RLIM_INFINITY};
     return setrlimit(RLIMIT_AS, &limit) == 0;
-}
-
-/** Leaves the process about uiBytes, whatever has been given back to its heap before; for child processes only. */
-inline bool leaveMemory(unsigned long uiBytes) {
-    void* volatile pLeft = std::malloc(uiBytes);
-    if (!pLeft || !limitMemory(0))
-        return false;
-    void* volatile pTaken = nullptr;
-    for (unsigned long uiSize = 1 << 20; uiSize >= 16; uiSize /= 2) {
-        do {
-            pTaken = std::malloc(uiSize); // kept on purpose: what is free already is not to help
-        } while (pTaken);
-    }
-    std::free(pLeft);
-    return true;
 }
 } // namespace OrlixTest
