@@ -134,8 +134,7 @@ void CXMLWriter::putEncoded(const CString& strText) {
     const wchar_t* pText = strText.getBuffer();
     while (pText) {
         const wchar_t* const pPlain = pText;
-        while (!isXMLChar(*pText, XML_CHAR_ENCODE_END))
-            ++pText;
+        pText = findXMLChar(pText, XML_CHAR_ENCODE_END);
         put(pPlain, static_cast<unsigned int>(pText - pPlain));
         if (*pText == 0)
             return;

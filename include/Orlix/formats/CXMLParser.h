@@ -102,6 +102,8 @@ protected:
 private:
     const wchar_t* failAt(const wchar_t* pPosition);
     bool parseRoot(const wchar_t* pText);
+    bool parseUTF8(const unsigned char* pBytes);
+    const unsigned char* parseHeaderUTF8(const unsigned char* pBytes);
     const wchar_t* countTo(const wchar_t* pPosition);
 };
 } // namespace Orlix
