@@ -7,6 +7,7 @@
 #include <Orlix/system/CFile.h>
 
 #include "formats/CXMLReader.h"
+#include "formats/CXMLWriter.h"
 #include "formats/XMLChars.h"
 
 #include <climits>
@@ -23,8 +24,9 @@ constexpr const wchar_t* HEADER[2][2] = {
     {L"<?xml version=\"1.0\" encoding=\"UTF-16\"?>", L"<?xml version=\"1.0\" encoding=\"UTF-16\"?>\n"}};
 
 constexpr unsigned int SMALLEST_FILE = 4;
-constexpr unsigned int FILE_TERMINATOR = 2;  // zero bytes behind what was read
-constexpr unsigned int LONGEST_HEADER = 256; // that is read from bytes; a longer one is widened with the rest
+constexpr unsigned int FILE_TERMINATOR = 2;        // zero bytes behind what was read
+constexpr std::size_t LONGEST_EXPECTED = 1u << 28; // characters for which room is made beforehand
+constexpr unsigned int LONGEST_HEADER = 256;       // that is read from bytes; a longer one is widened with the rest
 constexpr unsigned int UTF8_MARK_SIZE = 3;
 constexpr unsigned int UTF16_MARK_SIZE = 2;
 constexpr unsigned char UTF8_MARK[UTF8_MARK_SIZE] = {0xEF, 0xBB, 0xBF};
@@ -129,6 +131,10 @@ void widenFile(const unsigned char* pBytes, unsigned int uiSize, CString& strTex
         CStringConverter::convertFromUTF8(pUTF8, strText);
 }
 
+const unsigned char* readRootUTF8(CXMLElement& element, const unsigned char* pBytes) {
+    return CXMLReader<unsigned char>::readElement(element, pBytes, CXMLReader<unsigned char>::ROOT_LEVEL);
+}
+
 const wchar_t* findLineEnd(const wchar_t* pLine, const wchar_t* pTextEnd) {
     while (pLine != pTextEnd && !CStringCore::isReturn(*pLine))
         ++pLine;
@@ -144,7 +150,7 @@ const wchar_t* skipLineEnd(const wchar_t* pLineEnd, const wchar_t* pTextEnd) {
 
 CXMLParser::CXMLParser()
     : m_pListener(nullptr), m_eEncoding(XML_ENCODING_NONE), m_pRoot(nullptr), m_pTextStart(nullptr),
-      m_pTextEnd(nullptr), m_uiErrorLine(0), m_uiErrorColumn(0) {}
+      m_pTextEnd(nullptr), m_uiErrorLine(0), m_uiErrorColumn(0), m_uiExpected(0) {}
 
 CXMLParser::~CXMLParser() { empty(); }
 
@@ -163,6 +169,7 @@ void CXMLParser::empty() {
     m_uiErrorLine = 0;
     m_uiErrorColumn = 0;
     m_strErrorText.empty();
+    m_uiExpected = 0;
 }
 
 bool CXMLParser::create(EXMLEncoding eEncoding) {
@@ -207,10 +214,23 @@ bool CXMLParser::saveHeader(CString& strResult, bool bFormat) const {
     return true;
 }
 
-bool CXMLParser::saveToString(CString& strResult, bool bFormat) const {
+bool CXMLParser::saveToString(CString& strResult, bool bFormat) {
     if (!saveHeader(strResult, bFormat))
         return false;
-    return !m_pRoot || m_pRoot->saveTo(strResult, bFormat, true);
+    if (!m_pRoot)
+        return true;
+    CXMLWriter writer(bFormat, m_uiExpected);
+    writer.put(strResult);
+    if (!writer.writeRoot(*m_pRoot) || !writer.moveTo(strResult, false))
+        return false;
+    expectLength(strResult.length());
+    return true;
+}
+
+/** Remembers how long the next save is likely to be, with some room for changes. */
+void CXMLParser::expectLength(std::size_t uiLength) {
+    const std::size_t uiExpected = uiLength + uiLength / 16;
+    m_uiExpected = uiExpected < LONGEST_EXPECTED ? static_cast<unsigned int>(uiExpected) : 0;
 }
 
 bool CXMLParser::saveToFile(const CString& strText, const CString& strPath) const {
@@ -223,7 +243,7 @@ bool CXMLParser::saveToFile(const CString& strText, const CString& strPath) cons
     return m_eEncoding == XML_ENCODING_UTF16 && writeUTF16(file, strText);
 }
 
-bool CXMLParser::saveToFile(const CString& strPath, bool bFormat) const {
+bool CXMLParser::saveToFile(const CString& strPath, bool bFormat) {
     CString strText;
     return saveToString(strText, bFormat) && saveToFile(strText, strPath);
 }
@@ -278,8 +298,10 @@ bool CXMLParser::parseRoot(const wchar_t* pText) {
     if (!pText)
         return false;
     m_pRoot = new CXMLElement(this, nullptr);
-    if (m_pRoot && m_pRoot->parseFrom(pText))
+    if (m_pRoot && m_pRoot->parseFrom(pText)) {
+        expectLength(static_cast<std::size_t>(m_pTextEnd - m_pTextStart));
         return true;
+    }
     delete m_pRoot;
     m_pRoot = nullptr;
     return false;
@@ -298,9 +320,11 @@ bool CXMLParser::parseUTF8(const unsigned char* pBytes) {
     if (isWellFormedUTF8(pBytes)) {
         const unsigned char* const pElement = parseHeaderUTF8(pBytes);
         m_pRoot = pElement ? new CXMLElement(this, nullptr) : nullptr;
-        if (m_pRoot &&
-            CXMLReader<unsigned char>::readElement(*m_pRoot, pElement, CXMLReader<unsigned char>::ROOT_LEVEL))
+        const unsigned char* const pEnd = m_pRoot ? readRootUTF8(*m_pRoot, pElement) : nullptr;
+        if (pEnd) {
+            expectLength(static_cast<std::size_t>(pEnd - pBytes));
             return true;
+        }
     }
     CString strText;
     CStringConverter::convertFromUTF8(pBytes, strText);

@@ -4,10 +4,10 @@
 #include <Orlix/formats/CXMLParser.h>
 
 #include "formats/CXMLValue.h"
+#include "formats/TextBlock.h"
 #include "formats/XMLChars.h"
 #include "foundation/CUTF8Codec.h"
 
-#include <climits>
 #include <type_traits>
 #include <utility>
 
@@ -50,12 +50,6 @@ template <class TChar> bool isPlain(const TChar* pStart, const TChar* pEnd) noex
 template <class TChar> void widen(const TChar* pStart, const TChar* pEnd, wchar_t* pTarget) noexcept {
     for (; pStart != pEnd; ++pStart, ++pTarget)
         *pTarget = static_cast<wchar_t>(*pStart);
-}
-
-wchar_t* allocText(std::size_t uiLength) {
-    if (uiLength >= UINT_MAX / sizeof(wchar_t))
-        return nullptr;
-    return static_cast<wchar_t*>(CMemory::malloc(static_cast<unsigned int>((uiLength + 1) * sizeof(wchar_t)), 0));
 }
 
 template <class TChar> void assignPlain(CString& strTarget, const TChar* pStart, const TChar* pEnd) {
