@@ -186,6 +186,8 @@ void* CMemAllocator::allocUnit(tagMemPool* pPool) {
     unsigned char* pHeader = pPool->pFreeUnits;
     if (pHeader) {
         pPool->pFreeUnits = load<unsigned char*>(pHeader + CHECK_WORD_OFFSET); // the owner still stands
+        // The next request reads and writes it, and until then there is time to fetch it.
+        __builtin_prefetch(pPool->pFreeUnits, 1);
     } else {
         pHeader = carveUnit(pPool);
         if (!pHeader)
