@@ -7,6 +7,8 @@
 #include <Orlix/messaging/CMessageCenter.h>
 #include <Orlix/threading/CTime.h>
 
+#include <cstdio>
+
 using namespace Orlix;
 
 CHostApplication::CHostApplication() : m_waitMessage(L"host"), m_uiStartTick(CTime::getTickCount()) {
@@ -21,8 +23,13 @@ void CHostApplication::runLoop() {
         if (const CObjectPtr<CBaseMessage> ptrMessage = pCenter->popMessage())
             ptrMessage->handleMessage();
         else
-            m_waitMessage.wait(0); // a push since the last pop is remembered, so no wake-up is lost
+            sleepUntilMessage();
     }
+}
+
+void CHostApplication::sleepUntilMessage() {
+    std::fflush(stdout);   // whoever reads along sees each line as it comes; under load the stream may collect
+    m_waitMessage.wait(0); // a push since the last pop is remembered, so no wake-up is lost
 }
 
 void CHostApplication::printSummary() const {

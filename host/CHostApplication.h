@@ -26,6 +26,8 @@ public:
     void onMessageAvailable() override;
 
 private:
+    void sleepUntilMessage();
+
     Orlix::CWaitObject m_waitMessage; // notified by every push
     unsigned int m_uiStartTick;
     unsigned int m_uiLines = 0;

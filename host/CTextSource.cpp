@@ -7,10 +7,19 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 using namespace Orlix;
+
+namespace {
+
+constexpr std::size_t LINE_BYTES_MOST = 64u << 20; // an input without line ends must not take all memory
+constexpr unsigned int MESSAGES_MOST = 1000;
+} // namespace
+
+CTextSource::CTextSource() : m_waitRoom(L"room") {}
 
 CTextSource::~CTextSource() {
     if (m_thread.joinable())
@@ -38,28 +47,49 @@ void CTextSource::start() {
 }
 
 void CTextSource::run() {
-    std::string strLine;
     char aryChunk[65536];
-    for (;;) {
-        const ssize_t iRead = read(m_iFile, aryChunk, sizeof(aryChunk));
-        if (iRead < 0 && errno == EINTR)
-            continue;
-        if (iRead <= 0)
-            break;
-        const char* pStart = aryChunk;
-        const char* const pEnd = aryChunk + iRead;
-        while (const void* const pFound = std::memchr(pStart, '\n', static_cast<std::size_t>(pEnd - pStart))) {
-            const char* const pBreak = static_cast<const char*>(pFound);
-            strLine.append(pStart, pBreak);
-            postLine(strLine);
-            strLine.clear();
-            pStart = pBreak + 1;
-        }
-        strLine.append(pStart, pEnd);
+    for (std::size_t uiRead; (uiRead = readChunk(aryChunk, sizeof(aryChunk))) != 0 && m_iError == 0;) {
+        postLines(aryChunk, aryChunk + uiRead);
+        waitForRoom();
     }
-    if (!strLine.empty())
-        postLine(strLine);
+    if (!m_strLine.empty() && m_iError == 0)
+        postLine(m_strLine);
     CMessageCenter::getInstance()->pushLogicEventMessage(END_OF_TEXT);
+}
+
+/** @return the bytes read; 0 at the end of the input and when it cannot be read any further. */
+std::size_t CTextSource::readChunk(char* pChunk, std::size_t uiSize) {
+    for (;;) {
+        const ssize_t iRead = read(m_iFile, pChunk, uiSize);
+        if (iRead >= 0)
+            return static_cast<std::size_t>(iRead);
+        if (errno == EAGAIN) { // a descriptor that another program has made non-blocking
+            pollfd wait{m_iFile, POLLIN, 0};
+            poll(&wait, 1, -1);
+        } else if (errno != EINTR) {
+            m_iError = errno;
+            return 0;
+        }
+    }
+}
+
+void CTextSource::postLines(const char* pStart, const char* pEnd) {
+    while (const void* const pFound = std::memchr(pStart, '\n', static_cast<std::size_t>(pEnd - pStart))) {
+        const char* const pBreak = static_cast<const char*>(pFound);
+        m_strLine.append(pStart, pBreak);
+        postLine(m_strLine);
+        m_strLine.clear();
+        pStart = pBreak + 1;
+    }
+    m_strLine.append(pStart, pEnd);
+    if (m_strLine.size() > LINE_BYTES_MOST)
+        m_iError = EMSGSIZE;
+}
+
+/** Keeps an input that is faster than the output from piling up in memory. */
+void CTextSource::waitForRoom() {
+    while (CMessageCenter::getInstance()->getMessageCount() > MESSAGES_MOST)
+        m_waitRoom.forceWait(1);
 }
 
 void CTextSource::postLine(const std::string& strLine) {

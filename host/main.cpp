@@ -1,6 +1,9 @@
-// orlix-host: a complete host application. It owns the loop and feeds the library from one source of work.
+// orlix-host: a complete host application. It loads the settings, owns the loop and feeds the library.
 
+#include "CConfigLoader.h"
+#include "CConfigPrinter.h"
 #include "CHostApplication.h"
+#include "CHostOptions.h"
 #include "CTextSource.h"
 
 #include <cerrno>
@@ -10,31 +13,44 @@
 
 namespace {
 
+constexpr int EXIT_OUTPUT = 1;
 constexpr int EXIT_USAGE = 2;
+
+int refuse(const char* pPath, int iError) {
+    std::fprintf(stderr, "orlix-host: cannot read %s: %s\n", pPath, std::strerror(iError));
+    return EXIT_USAGE;
+}
+
+int finishOutput() {
+    if (std::fflush(stdout) == 0 && !std::ferror(stdout))
+        return 0;
+    std::fprintf(stderr, "orlix-host: the output could not be written\n");
+    return EXIT_OUTPUT;
+}
 
 int playText(const char* pPath) {
     CTextSource source;
-    if (!source.open(pPath)) {
-        std::fprintf(stderr, "orlix-host: cannot read %s: %s\n", pPath, std::strerror(errno));
-        return EXIT_USAGE;
-    }
+    if (!source.open(pPath))
+        return refuse(pPath, errno);
     CHostApplication application;
     source.start();
     application.runLoop();
+    if (source.getError() != 0)
+        return refuse(pPath, source.getError());
     application.printSummary();
-    return 0;
+    return finishOutput();
 }
 } // namespace
 
 int main(int iCount, char** ppArgument) {
     std::setlocale(LC_ALL, "C.UTF-8"); // wide output loses a line with a character that the locale does not know
-    if (iCount == 3 && std::strcmp(ppArgument[1], "--text") == 0)
-        return playText(ppArgument[2]);
-    if (iCount < 2)
-        std::fprintf(stderr, "orlix-host: usage: orlix-host --text FILE (- for standard input)\n");
-    else if (std::strcmp(ppArgument[1], "--text") == 0)
-        std::fprintf(stderr, "orlix-host: --text takes one file, or - for standard input\n");
-    else
-        std::fprintf(stderr, "orlix-host: unknown option %s\n", ppArgument[1]);
-    return EXIT_USAGE;
+    CHostOptions options;
+    if (!options.parse(iCount, ppArgument))
+        return EXIT_USAGE;
+    if (options.getConfigPath() && !CConfigLoader::load(options.getConfigPath()))
+        return EXIT_USAGE;
+    if (!options.isPrintConfig())
+        return playText(options.getTextPath());
+    CConfigPrinter().print();
+    return finishOutput();
 }

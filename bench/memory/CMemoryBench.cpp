@@ -1,18 +1,17 @@
 // Allocating and freeing blocks of 8 to 512 bytes: pairs, batches of 1000, and both from two threads at once.
 //
-// The floor is a free list per size under one recursive mutex, with the mark in front of each block that free tests.
 // Left out: what a heap costs that has grown old and fragmented.
 #include <Orlix/memory/CMemory.h>
+
+#include "support/CFloorHeap.h"
 
 #include <benchmark/benchmark.h>
 
 #include <dlfcn.h>
-#include <pthread.h>
 
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <memory_resource>
 #include <string>
 
@@ -73,39 +72,9 @@ struct PmrPool {
     }
 };
 
-pthread_mutex_t g_mutexFloor = PTHREAD_RECURSIVE_MUTEX_INITIALIZER_NP;
-void* g_aryFloorFree[65]; // heads of the free lists, one per eight bytes
-constexpr std::uint32_t FLOOR_MARK = 0x5AFEB10C;
-constexpr std::size_t FLOOR_HEADER = 16;
-
 struct Floor {
-    static void* allocate(std::size_t uiSize) {
-        const std::uint32_t uiList = static_cast<std::uint32_t>((uiSize + 7) / 8);
-        pthread_mutex_lock(&g_mutexFloor);
-        char* pUnit = static_cast<char*>(g_aryFloorFree[uiList]);
-        if (pUnit)
-            std::memcpy(&g_aryFloorFree[uiList], pUnit + FLOOR_HEADER, sizeof(void*));
-        else
-            pUnit = static_cast<char*>(std::malloc(FLOOR_HEADER + uiList * 8));
-        std::memcpy(pUnit, &FLOOR_MARK, sizeof(FLOOR_MARK));
-        std::memcpy(pUnit + sizeof(FLOOR_MARK), &uiList, sizeof(uiList));
-        pthread_mutex_unlock(&g_mutexFloor);
-        return pUnit + FLOOR_HEADER;
-    }
-
-    static void release(void* pBlock, std::size_t) {
-        char* const pUnit = static_cast<char*>(pBlock) - FLOOR_HEADER;
-        std::uint32_t aryHeader[2];
-        pthread_mutex_lock(&g_mutexFloor);
-        std::memcpy(aryHeader, pUnit, sizeof(aryHeader));
-        if (aryHeader[0] == FLOOR_MARK) {
-            aryHeader[0] = 0;
-            std::memcpy(pUnit, aryHeader, sizeof(aryHeader[0]));
-            std::memcpy(pBlock, &g_aryFloorFree[aryHeader[1]], sizeof(void*));
-            g_aryFloorFree[aryHeader[1]] = pUnit;
-        }
-        pthread_mutex_unlock(&g_mutexFloor);
-    }
+    static void* allocate(std::size_t uiSize) { return CFloorHeap::allocate(uiSize); }
+    static void release(void* pBlock, std::size_t) { CFloorHeap::release(pBlock); }
 };
 
 template <class THeap> void pairs(benchmark::State& state) {

@@ -1,6 +1,7 @@
 #pragma once
 
 // The whole library; a source that uses a part of it includes that class's header instead.
+#include <Orlix/formats/CConfigParser.h>
 #include <Orlix/formats/CXMLElement.h>
 #include <Orlix/formats/CXMLHelper.h>
 #include <Orlix/formats/CXMLParser.h>

@@ -23,7 +23,7 @@ timespec getDeadline(unsigned int uiMilliseconds) {
 }
 } // namespace
 
-CImpWaitObject::CImpWaitObject() : m_attribute(), m_bSignaled(false) {
+CImpWaitObject::CImpWaitObject() : m_attribute(), m_bSignaled(false), m_uiWaiters(0) {
     pthread_mutex_init(&m_mutex, nullptr);
     // The value-initialised attribute is a valid one here, so only the clock is set on it.
     pthread_condattr_setclock(&m_attribute, CLOCK_MONOTONIC);
@@ -48,9 +48,11 @@ void CImpWaitObject::wait(unsigned int uiMilliseconds) {
 
 void CImpWaitObject::waitUntilSignaled() {
     pthread_mutex_lock(&m_mutex);
+    ++m_uiWaiters;
     while (!m_bSignaled)
         pthread_cond_wait(&m_condition, &m_mutex);
-    m_bSignaled = false;
+    --m_uiWaiters;
+    m_bSignaled.exchange(false);
     pthread_mutex_unlock(&m_mutex);
 }
 
@@ -58,9 +60,11 @@ void CImpWaitObject::waitOnceUntilDeadline(unsigned int uiMilliseconds) {
     const timespec deadline = getDeadline(uiMilliseconds);
     pthread_mutex_lock(&m_mutex);
     // One wait and no loop: a wake-up for no reason ends the wait early, and callers count on their own condition.
+    ++m_uiWaiters;
     if (!m_bSignaled)
         pthread_cond_timedwait(&m_condition, &m_mutex, &deadline);
-    m_bSignaled = false;
+    --m_uiWaiters;
+    m_bSignaled.exchange(false);
     pthread_mutex_unlock(&m_mutex);
 }
 
@@ -72,7 +76,17 @@ void CImpWaitObject::forceWait(unsigned int uiMilliseconds) {
     while (select(0, nullptr, nullptr, nullptr, &left) == -1 && errno == EINTR) {}
 }
 
+/** Whether an earlier announcement still stands and nobody sleeps: then one more changes nothing and needs no lock. A
+ *  thread that takes the earlier one after this sees all that the caller wrote before, since the exchange that found
+ *  the flag set is what its clearing follows. */
+bool CImpWaitObject::isRemembered() noexcept {
+    bool bExpected = true;
+    return m_bSignaled.compare_exchange_strong(bExpected, true) && m_uiWaiters == 0;
+}
+
 void CImpWaitObject::notify() {
+    if (isRemembered())
+        return;
     pthread_mutex_lock(&m_mutex);
     m_bSignaled = true;
     pthread_cond_signal(&m_condition);

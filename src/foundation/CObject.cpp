@@ -4,8 +4,6 @@
 
 namespace Orlix {
 
-CObject::~CObject() = default;
-
 void CObject::reset() {}
 
 int CObject::release() {

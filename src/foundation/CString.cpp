@@ -1,10 +1,10 @@
 #include <Orlix/foundation/CString.h>
 
-#include "foundation/StaticOrder.h"
-
 #include <Orlix/foundation/CStringConverter.h>
 
-#include <climits>
+#include "foundation/CTextBuffer.h"
+#include "foundation/StaticOrder.h"
+
 #include <cwchar>
 
 namespace Orlix {
@@ -13,20 +13,12 @@ namespace {
 constexpr unsigned int NUMBER_CHARS = 32; // a rendered number with its terminator
 constexpr unsigned int FLOAT_DECIMALS = 4;
 
-// A terminated buffer for uiLength characters, null without memory or for a size that 32 bits cannot hold.
-wchar_t* allocBuffer(unsigned long ulLength) noexcept {
-    if (ulLength >= UINT_MAX / sizeof(wchar_t))
-        return nullptr;
-    auto* const pBuffer =
-        static_cast<wchar_t*>(CMemory::malloc(static_cast<unsigned int>((ulLength + 1) * sizeof(wchar_t)), 0));
+// A terminated buffer, null without memory or for a size that 32 bits cannot hold.
+wchar_t* allocBuffer(std::size_t uiLength) noexcept {
+    wchar_t* const pBuffer = CTextBuffer::alloc(uiLength);
     if (pBuffer)
-        pBuffer[ulLength] = 0;
+        pBuffer[uiLength] = 0;
     return pBuffer;
-}
-
-// Nothing is copied from or to a null pointer, which goes with a count of 0.
-wchar_t* put(wchar_t* pTarget, const wchar_t* pSource, unsigned int uiCount) noexcept {
-    return uiCount == 0 ? pTarget : std::wmemcpy(pTarget, pSource, uiCount) + uiCount;
 }
 
 // The lesser of the text's length and uiCount.
@@ -163,7 +155,7 @@ unsigned int CString::toBuffer(wchar_t* pTarget, unsigned int uiSize) const noex
     if (m_uiLength == 0 || uiSize == 0 || !pTarget)
         return 0;
     const unsigned int uiCount = m_uiLength < uiSize - 1 ? m_uiLength : uiSize - 1;
-    *put(pTarget, m_pBuffer, uiCount) = 0;
+    *CTextBuffer::put(pTarget, m_pBuffer, uiCount) = 0;
     return uiCount;
 }
 
@@ -239,7 +231,7 @@ CString& CString::append(const wchar_t* pText, unsigned int uiCount) {
     wchar_t* const pBuffer = allocBuffer(ulLength);
     if (!pBuffer)
         return *this;
-    wchar_t* const pRest = put(put(pBuffer, m_pBuffer, m_uiLength), pText, uiTextLength);
+    wchar_t* const pRest = CTextBuffer::put(CTextBuffer::put(pBuffer, m_pBuffer, m_uiLength), pText, uiTextLength);
     CStringCore::setZero(pRest, uiCount - uiTextLength);
     setBuffer(pBuffer, static_cast<unsigned int>(ulLength));
     return *this;
@@ -298,10 +290,10 @@ void CString::replaceAll(const wchar_t* pFrom, const wchar_t* pTo) {
     unsigned int uiDone = 0;
     for (unsigned int i = 0; i < uiCount; ++i) {
         const unsigned int uiPos = matches.getPos(i, uiDone);
-        pEnd = put(put(pEnd, m_pBuffer + uiDone, uiPos - uiDone), pTo, uiToLength);
+        pEnd = CTextBuffer::put(CTextBuffer::put(pEnd, m_pBuffer + uiDone, uiPos - uiDone), pTo, uiToLength);
         uiDone = uiPos + uiFromLength;
     }
-    put(pEnd, m_pBuffer + uiDone, m_uiLength - uiDone);
+    CTextBuffer::put(pEnd, m_pBuffer + uiDone, m_uiLength - uiDone);
     setBuffer(pBuffer, CStringCore::strlen(pBuffer));
 }
 
@@ -330,7 +322,7 @@ void CString::setCopy(const wchar_t* pText, unsigned int uiLength) {
     wchar_t* const pBuffer = allocBuffer(uiLength);
     if (!pBuffer)
         return;
-    put(pBuffer, pText, uiLength);
+    CTextBuffer::put(pBuffer, pText, uiLength);
     setBuffer(pBuffer, uiLength);
 }
 
@@ -347,7 +339,7 @@ CString CString::concat(const wchar_t* pText, unsigned int uiLength) const {
     if (ulLength == 0)
         return strBoth;
     if (wchar_t* const pBuffer = allocBuffer(ulLength)) {
-        put(put(pBuffer, m_pBuffer, m_uiLength), pText, uiLength);
+        CTextBuffer::put(CTextBuffer::put(pBuffer, m_pBuffer, m_uiLength), pText, uiLength);
         strBoth.setBuffer(pBuffer, static_cast<unsigned int>(ulLength));
     }
     return strBoth;
@@ -362,9 +354,9 @@ bool CString::insertText(unsigned int uiPos, unsigned int uiRemoved, const wchar
     wchar_t* const pBuffer = allocBuffer(ulLength);
     if (!pBuffer)
         return false;
-    wchar_t* const pTail = put(put(pBuffer, m_pBuffer, uiPos), pText, uiLength);
+    wchar_t* const pTail = CTextBuffer::put(CTextBuffer::put(pBuffer, m_pBuffer, uiPos), pText, uiLength);
     if (uiBehind < m_uiLength)
-        put(pTail, m_pBuffer + uiBehind, m_uiLength - uiBehind);
+        CTextBuffer::put(pTail, m_pBuffer + uiBehind, m_uiLength - uiBehind);
     setBuffer(pBuffer, static_cast<unsigned int>(ulLength));
     return true;
 }

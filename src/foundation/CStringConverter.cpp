@@ -4,12 +4,13 @@
 #include <Orlix/foundation/CDataList.h>
 #include <Orlix/foundation/CString.h>
 #include <Orlix/foundation/CStringCore.h>
-#include <Orlix/memory/CMemory.h>
 
+#include "foundation/CCharFilter.h"
+#include "foundation/CTextBuffer.h"
 #include "foundation/CUTF8Codec.h"
+#include "foundation/CWideFormat.h"
 
 #include <algorithm>
-#include <climits>
 #include <clocale>
 #include <cstdint>
 #include <cstdio>
@@ -21,23 +22,10 @@ namespace Orlix {
 
 namespace {
 
-/** Takes a block for a text and its terminator. @return null without memory and for a size beyond 32 bits. */
-wchar_t* allocText(std::size_t uiLength) {
-    if (uiLength >= UINT_MAX / sizeof(wchar_t))
-        return nullptr;
-    return static_cast<wchar_t*>(CMemory::malloc(static_cast<unsigned int>((uiLength + 1) * sizeof(wchar_t)), 0));
-}
-
-/** Terminates a text that allocText gave and hands it over. */
+/** Terminates a text that CTextBuffer gave and hands it over. */
 void adoptText(CString& strResult, wchar_t* pText, std::size_t uiLength) {
     pText[uiLength] = L'\0';
     strResult.attach(pText, static_cast<int>(uiLength));
-}
-
-wchar_t* appendText(wchar_t* pTarget, const wchar_t* pText, std::size_t uiLength) {
-    if (uiLength != 0)
-        std::memcpy(pTarget, pText, uiLength * sizeof(wchar_t));
-    return pTarget + uiLength;
 }
 
 // Numbers from text. The parsers work on a wide or a narrow text and end at a terminator or at pEnd, null for none.
@@ -124,33 +112,53 @@ constexpr tagDigitPairs makeDigitPairs() {
 
 constexpr tagDigitPairs DIGIT_PAIRS = makeDigitPairs();
 
-template <class TNumber> unsigned int countDigits(TNumber uiValue) {
-    unsigned int uiCount = 1;
-    for (;; uiCount += 4, uiValue /= 10000) {
-        if (uiValue < 10)
-            return uiCount;
-        if (uiValue < 100)
-            return uiCount + 1;
-        if (uiValue < 1000)
-            return uiCount + 2;
-        if (uiValue < 10000)
-            return uiCount + 3;
-    }
+struct tagDigitLimits {
+    std::uint64_t aryLeast[20]; // the least number with one digit more than the index
+};
+
+constexpr tagDigitLimits makeDigitLimits() {
+    tagDigitLimits limits{};
+    std::uint64_t uiPower = 1;
+    for (int i = 1; i < 20; ++i)
+        limits.aryLeast[i] = uiPower *= 10;
+    return limits;
+}
+
+constexpr tagDigitLimits DIGIT_LIMITS = makeDigitLimits();
+
+// The logarithm to base 2, times that of 2 to base 10, is the number of digits or one less; the table tells which.
+// H. S. Warren, "Hacker's Delight", 2nd edition 2012, section 11-4.
+unsigned int countDigits(std::uint64_t uiValue) {
+    const unsigned int uiBits = 64u - static_cast<unsigned int>(__builtin_clzl(uiValue | 1));
+    const unsigned int uiGuess = uiBits * 1233u >> 12;
+    return uiGuess + (uiValue >= DIGIT_LIMITS.aryLeast[uiGuess]);
+}
+
+template <class TNumber> void writePair(TNumber uiPair, wchar_t* pTarget) {
+    std::memcpy(pTarget, DIGIT_PAIRS.aryPair[uiPair], sizeof(DIGIT_PAIRS.aryPair[0]));
 }
 
 /** Writes the digits without a terminator. @return behind the last one. */
 template <class TNumber> wchar_t* writeDigits(TNumber uiValue, wchar_t* pBuffer) {
     wchar_t* const pEnd = pBuffer + countDigits(uiValue);
     wchar_t* pWrite = pEnd;
-    while (uiValue >= 100) {
-        pWrite -= 2;
-        std::memcpy(pWrite, DIGIT_PAIRS.aryPair[uiValue % 100], sizeof(DIGIT_PAIRS.aryPair[0]));
-        uiValue /= 100;
+    // Four at a time, because each division waits for the one before; the two pairs do not wait for each other.
+    while (uiValue >= 10000) {
+        const std::uint32_t uiFour = static_cast<std::uint32_t>(uiValue % 10000);
+        uiValue /= 10000;
+        pWrite -= 4;
+        writePair(uiFour / 100, pWrite);
+        writePair(uiFour % 100, pWrite + 2);
     }
-    if (uiValue >= 10)
-        std::memcpy(pBuffer, DIGIT_PAIRS.aryPair[uiValue], sizeof(DIGIT_PAIRS.aryPair[0]));
+    std::uint32_t uiRest = static_cast<std::uint32_t>(uiValue);
+    if (uiRest >= 100) {
+        writePair(uiRest % 100, pWrite - 2);
+        uiRest /= 100;
+    }
+    if (uiRest >= 10)
+        writePair(uiRest, pBuffer);
     else
-        *pBuffer = static_cast<wchar_t>(L'0' + static_cast<int>(uiValue));
+        *pBuffer = static_cast<wchar_t>(L'0' + static_cast<int>(uiRest));
     return pEnd;
 }
 
@@ -165,122 +173,7 @@ template <class TUnsigned, class TSigned> void writeSigned(TSigned iValue, wchar
 
 constexpr const char* MBCS_LOCALE = "zh_CN.utf8";
 
-// Formatting.
-
-constexpr std::size_t FORMAT_CHARS = 1024;        // the first try of a formatted text, on the stack
-constexpr std::size_t FORMAT_CHARS_MOST = 524288; // the last of ten tries, each twice the one before
-
-/** Formats without using up the arguments. @return as vswprintf: negative if the text does not fit. */
-int tryFormat(wchar_t* pBuffer, std::size_t uiSize, const wchar_t* pFormat, va_list listArgs) {
-    va_list listCopy;
-    va_copy(listCopy, listArgs);
-    const int iCount = std::vswprintf(pBuffer, uiSize, pFormat, listCopy);
-    va_end(listCopy);
-    return iCount;
-}
-
-/** What is left of the measuring when the first try was too small. */
-int measureLongFormat(const wchar_t* pFormat, va_list listArgs) {
-    for (std::size_t uiSize = FORMAT_CHARS * 2; uiSize <= FORMAT_CHARS_MOST; uiSize *= 2) {
-        wchar_t* const pBuffer = allocText(uiSize - 1);
-        if (!pBuffer)
-            return -1;
-        const int iCount = tryFormat(pBuffer, uiSize, pFormat, listArgs);
-        CMemory::free(pBuffer);
-        if (iCount >= 0)
-            return iCount;
-    }
-    return -1;
-}
-
-/** A format in which "%s" stands for a wide text. There is no escape, on purpose: "%%s" is rewritten too. */
-class CWideFormat {
-public:
-    explicit CWideFormat(const wchar_t* pFormat) : m_pFormat(pFormat) {
-        const wchar_t* const pFirst = findPercentS(pFormat);
-        if (!pFirst)
-            return;
-        const std::size_t uiLength = std::wcslen(pFormat);
-        if (uiLength > SHORT_FORMAT) {
-            m_strLong = pFormat;
-            m_strLong.replaceAll(L"%s", L"%ls");
-            m_pFormat = m_strLong.getBuffer();
-            return;
-        }
-        rewriteShort(static_cast<std::size_t>(pFirst - pFormat), uiLength);
-        m_pFormat = m_aryShort;
-    }
-
-    /** Null without memory. */
-    const wchar_t* get() const noexcept { return m_pFormat; }
-
-private:
-    static constexpr std::size_t SHORT_FORMAT = 256;
-
-    const wchar_t* m_pFormat;
-    CString m_strLong;
-    wchar_t m_aryShort[SHORT_FORMAT / 2 * 3 + 1]; // each "%s" grows by one character
-
-    static const wchar_t* findPercentS(const wchar_t* pText) {
-        for (; *pText != L'\0'; ++pText) {
-            if (pText[0] == L'%' && pText[1] == L's')
-                return pText;
-        }
-        return nullptr;
-    }
-
-    void rewriteShort(std::size_t uiFirst, std::size_t uiLength) {
-        const wchar_t* pRead = m_pFormat + uiFirst;
-        wchar_t* pWrite = appendText(m_aryShort, m_pFormat, uiFirst);
-        for (const wchar_t* const pEnd = m_pFormat + uiLength; pRead != pEnd; ++pRead) {
-            *pWrite++ = *pRead;
-            if (*pRead == L'%' && pRead[1] == L's')
-                *pWrite++ = L'l';
-        }
-        *pWrite = L'\0';
-    }
-};
-
-CString formatList(const wchar_t* pFormat, va_list listArgs) {
-    wchar_t aryText[FORMAT_CHARS];
-    CString strResult;
-    int iCount = tryFormat(aryText, FORMAT_CHARS, pFormat, listArgs);
-    const bool bFits = iCount >= 0;
-    if (!bFits)
-        iCount = measureLongFormat(pFormat, listArgs);
-    const std::size_t uiLength = static_cast<std::size_t>(iCount);
-    wchar_t* const pText = iCount < 0 ? nullptr : allocText(uiLength);
-    if (!pText)
-        return CString(L"");
-    if (bFits)
-        appendText(pText, aryText, uiLength);
-    else
-        tryFormat(pText, uiLength + 1, pFormat, listArgs);
-    adoptText(strResult, pText, uiLength);
-    return strResult;
-}
-
 // The character tables.
-
-/** Tells quickly that a character cannot be in a table. */
-class CCharFilter {
-public:
-    void add(wchar_t ch) noexcept {
-        const std::uint32_t uiCode = static_cast<std::uint32_t>(ch);
-        if (uiCode < 128)
-            m_aryAscii[uiCode / 64] |= std::uint64_t(1) << uiCode % 64;
-        else
-            m_bOthers = true;
-    }
-    bool mayHave(wchar_t ch) const noexcept {
-        const std::uint32_t uiCode = static_cast<std::uint32_t>(ch);
-        return uiCode < 128 ? (m_aryAscii[uiCode / 64] >> uiCode % 64 & 1) != 0 : m_bOthers;
-    }
-
-private:
-    std::uint64_t m_aryAscii[2] = {0, 0};
-    bool m_bOthers = false; // a character above ASCII is in the table
-};
 
 /** @return the first index, uiCount if there is none. */
 unsigned int findEntry(const wchar_t* pChars, unsigned int uiCount, wchar_t ch) {
@@ -352,7 +245,7 @@ void mergeElements(unsigned int uiCount, wchar_t chSeparator, CString& strResult
     }
     std::size_t uiLength = uiCount - 1;
     visitAll([&](const auto& element) { uiLength += getLength(element); });
-    wchar_t* const pText = allocText(uiLength);
+    wchar_t* const pText = CTextBuffer::alloc(uiLength);
     if (!pText)
         return;
     wchar_t* pWrite = pText;
@@ -366,7 +259,7 @@ void mergeElements(unsigned int uiCount, wchar_t chSeparator, CString& strResult
 std::size_t getTextLength(const CString& strText) { return strText.length(); }
 
 wchar_t* appendString(wchar_t* pTarget, const CString& strText) {
-    return appendText(pTarget, strText.getBuffer(), strText.length());
+    return CTextBuffer::put(pTarget, strText.getBuffer(), strText.length());
 }
 
 /** A caller of visitAll for an array. */
@@ -377,14 +270,6 @@ template <class T> auto visitArray(const CDataArray<T>& arySource) {
     };
 }
 } // namespace
-
-int vscwprintf(const wchar_t* pFormat, va_list listArgs) {
-    if (!pFormat)
-        return -1;
-    wchar_t aryText[FORMAT_CHARS];
-    const int iCount = tryFormat(aryText, FORMAT_CHARS, pFormat, listArgs);
-    return iCount >= 0 ? iCount : measureLongFormat(pFormat, listArgs);
-}
 
 int CStringConverter::toInt(const wchar_t* pText) { return static_cast<int>(parseSigned<unsigned int>(pText)); }
 
@@ -424,11 +309,11 @@ void CStringConverter::toString(float fValue, wchar_t* pBuffer, unsigned int uiD
     const int iDecimals = static_cast<int>(std::min(uiDecimals, MOST_DECIMALS));
     std::swprintf(aryText, sizeof(aryText) / sizeof(aryText[0]), L"%.*f", iDecimals, static_cast<double>(fValue));
     const std::size_t uiLength = std::min(std::wcslen(aryText), BUFFER_CHARS - 1);
-    *appendText(pBuffer, aryText, uiLength) = L'\0';
+    *CTextBuffer::put(pBuffer, aryText, uiLength) = L'\0';
 }
 
 void CStringConverter::toString(bool bValue, wchar_t* pBuffer) {
-    appendText(pBuffer, bValue ? L"true" : L"false", bValue ? 4 : 5);
+    CTextBuffer::put(pBuffer, bValue ? L"true" : L"false", bValue ? 4 : 5);
 }
 
 void CStringConverter::convertToUTF16(const wchar_t* pSource, unsigned char* pTarget, unsigned int uiSize) {
@@ -452,7 +337,7 @@ void CStringConverter::convertFromUTF16(const unsigned char* pSource, unsigned i
     if (!pSource || uiSize == 0)
         return;
     const std::size_t uiUnits = uiSize / 2;
-    wchar_t* const pText = allocText(uiUnits);
+    wchar_t* const pText = CTextBuffer::alloc(uiUnits);
     if (!pText)
         return;
     for (std::size_t i = 0; i < uiUnits; ++i) {
@@ -486,7 +371,7 @@ void CStringConverter::convertFromUTF8(const unsigned char* pSource, CString& st
         return;
     }
     const std::size_t uiBytes = std::strlen(reinterpret_cast<const char*>(pSource));
-    wchar_t* const pText = allocText(CUTF8Codec::countCharacters(pSource, uiBytes));
+    wchar_t* const pText = CTextBuffer::alloc(CUTF8Codec::countCharacters(pSource, uiBytes));
     if (pText)
         adoptText(strResult, pText, CUTF8Codec::decode(pSource, uiBytes, pText));
 }
@@ -512,7 +397,7 @@ void CStringConverter::convertFromMBCS(const char* pSource, CString& strResult) 
         return;
     }
     const std::size_t uiBytes = std::strlen(pSource);
-    wchar_t* const pText = allocText(uiBytes);
+    wchar_t* const pText = CTextBuffer::alloc(uiBytes);
     if (!pText)
         return;
     std::memset(pText, 0, (uiBytes + 1) * sizeof(wchar_t)); // of malformed text what came out first stays, terminated
@@ -541,7 +426,7 @@ CString CStringConverter::format(const wchar_t* pFormat, ...) {
         return CString(L"");
     va_list listArgs;
     va_start(listArgs, pFormat);
-    CString strResult = formatList(format.get(), listArgs);
+    CString strResult = format.render(listArgs);
     va_end(listArgs);
     return strResult;
 }
@@ -563,14 +448,14 @@ void CStringConverter::encodeChars(const wchar_t* pText, unsigned int uiLength, 
         const unsigned int k = find(pText[i]);
         uiResult += k < uiCount ? pCodeLengths[k] : 1;
     }
-    wchar_t* const pResult = allocText(uiResult);
+    wchar_t* const pResult = CTextBuffer::alloc(uiResult);
     if (!pResult)
         return;
     wchar_t* pWrite = pResult;
     for (unsigned int i = 0; i < uiLength; ++i) {
         const unsigned int k = find(pText[i]);
         if (k < uiCount)
-            pWrite = appendText(pWrite, ppCodes[k], pCodeLengths[k]);
+            pWrite = CTextBuffer::put(pWrite, ppCodes[k], pCodeLengths[k]);
         else
             *pWrite++ = pText[i];
     }
@@ -603,7 +488,7 @@ void CStringConverter::decodeChars(const wchar_t* pText, unsigned int uiLength, 
         return k;
     };
 
-    wchar_t* const pResult = allocText(uiLength); // a code has at least one character, so nothing grows
+    wchar_t* const pResult = CTextBuffer::alloc(uiLength); // a code has at least one character, so nothing grows
     if (!pResult)
         return;
     wchar_t* pWrite = pResult;

@@ -1,5 +1,7 @@
 #include <Orlix/foundation/CStringCore.h>
 
+#include "foundation/CTwoWaySearch.h"
+
 #include <cstddef>
 #include <cstring>
 #include <cwchar>
@@ -142,36 +144,97 @@ bool isEqual(const wchar_t* pFirst, const wchar_t* pSecond, std::size_t uiCount)
     return std::memcmp(pFirst, pSecond, uiCount * sizeof(wchar_t)) == 0;
 }
 
-// Looks at the first and the last character of the pattern before anything else, sixteen places at a time: few
-// places pass both. uiPlaces is the number of places where the pattern has room.
-int findPattern(const wchar_t* pText, unsigned int uiPlaces, const wchar_t* pPattern,
-                unsigned int uiPatternLength) noexcept {
-    const wchar_t* const pTextLast = pText + (uiPatternLength - 1);
-    const wchar_t chFirst = pPattern[0];
-    const wchar_t chLast = pPattern[uiPatternLength - 1];
-    const tagLanes first = fillLanes(chFirst);
-    const tagLanes last = fillLanes(chLast);
-    const std::size_t uiInner = uiPatternLength > 2 ? uiPatternLength - 2 : 0;
-    const auto isMatch = [&](unsigned int uiPlace) {
-        return pText[uiPlace] == chFirst && pTextLast[uiPlace] == chLast &&
-               isEqual(pText + uiPlace + 1, pPattern + 1, uiInner);
-    };
-    unsigned int i = 0;
-    for (; uiPlaces - i >= 4 * LANES; i += 4 * LANES) {
-        tagLanes hits = (loadLanes(pText + i) == first) & (loadLanes(pTextLast + i) == last);
-        for (unsigned int j = LANES; j < 4 * LANES; j += LANES)
-            hits |= (loadLanes(pText + i + j) == first) & (loadLanes(pTextLast + i + j) == last);
-        if (!isAnySet(hits))
-            continue;
-        for (unsigned int j = i; j < i + 4 * LANES; ++j)
-            if (isMatch(j))
-                return static_cast<int>(j);
+/** One search for a pattern of at least two characters. It begins in the way that suits a first character that is
+ *  rare, goes on in the one that suits usual text, and ends in the one that no text can slow down. */
+class CPatternSearch {
+public:
+    /** @param uiPlaces the number of places where the pattern has room. */
+    CPatternSearch(const wchar_t* pText, unsigned int uiPlaces, const wchar_t* pPattern,
+                   unsigned int uiPatternLength) noexcept
+        : m_pText(pText), m_pTextLast(pText + (uiPatternLength - 1)), m_uiPlaces(uiPlaces), m_pPattern(pPattern),
+          m_uiPatternLength(uiPatternLength) {}
+
+    int find() noexcept {
+        if (findByFirst() || findByEnds())
+            return m_iFound;
+        // Too much was compared in vain, as in a text of one letter over and over.
+        const int iFound = CTwoWaySearch::find(m_pText + m_uiNext, m_uiPlaces - m_uiNext + m_uiPatternLength - 1,
+                                               m_pPattern, m_uiPatternLength);
+        return iFound < 0 ? -1 : iFound + static_cast<int>(m_uiNext);
     }
-    for (; i < uiPlaces; ++i)
-        if (isMatch(i))
-            return static_cast<int>(i);
-    return -1;
-}
+
+private:
+    static constexpr unsigned int RARE_GAP = 32;   // places between two of the first character that make it rare
+    static constexpr unsigned int RARE_START = 64; // places granted at the start, where there is no average yet
+    static constexpr unsigned int BLOCK = 4 * LANES;
+    static constexpr std::size_t EFFORT_START = 1024; // characters compared in vain before the text counts as slow
+    static constexpr std::size_t EFFORT_PLACE = 4;    // and what each place adds to them
+
+    const wchar_t* m_pText;
+    const wchar_t* m_pTextLast; // where the last character of the pattern is at place 0
+    unsigned int m_uiPlaces;
+    const wchar_t* m_pPattern;
+    unsigned int m_uiPatternLength;
+    unsigned int m_uiNext = 0; // the first place not looked at
+    std::size_t m_uiEffort = 0;
+    int m_iFound = -1;
+
+    bool isMatch(unsigned int uiPlace) noexcept {
+        if (m_pText[uiPlace] != m_pPattern[0] || m_pTextLast[uiPlace] != m_pPattern[m_uiPatternLength - 1])
+            return false;
+        m_uiEffort += m_uiPatternLength;
+        return isEqual(m_pText + uiPlace + 1, m_pPattern + 1, m_uiPatternLength - 2);
+    }
+
+    bool isSlow() const noexcept { return m_uiEffort > EFFORT_START + EFFORT_PLACE * m_uiNext; }
+
+    // Each returns whether the answer is known.
+
+    bool findByFirst() noexcept {
+        for (unsigned int uiTries = 0; m_uiNext + RARE_START >= uiTries * RARE_GAP && !isSlow(); ++uiTries) {
+            const int iPlace = CStringCore::findChar(m_pText + m_uiNext, m_uiPlaces - m_uiNext, m_pPattern[0]);
+            if (iPlace < 0)
+                return true;
+            m_uiNext += static_cast<unsigned int>(iPlace) + 1;
+            if (isMatch(m_uiNext - 1))
+                return setFound(m_uiNext - 1);
+        }
+        return false;
+    }
+
+    // The first and the last character of the pattern at many places at a time: few places pass both.
+    bool findByEnds() noexcept {
+        for (; m_uiPlaces - m_uiNext >= BLOCK && !isSlow(); m_uiNext += BLOCK) {
+            if (mayHaveMatch() && findOneByOne(m_uiNext + BLOCK))
+                return true;
+        }
+        if (m_uiPlaces - m_uiNext >= BLOCK)
+            return false;
+        findOneByOne(m_uiPlaces); // so few that it does not matter what they cost
+        return true;
+    }
+
+    bool mayHaveMatch() const noexcept {
+        const tagLanes first = fillLanes(m_pPattern[0]);
+        const tagLanes last = fillLanes(m_pPattern[m_uiPatternLength - 1]);
+        tagLanes hits{};
+        for (unsigned int i = m_uiNext; i < m_uiNext + BLOCK; i += LANES)
+            hits |= (loadLanes(m_pText + i) == first) & (loadLanes(m_pTextLast + i) == last);
+        return isAnySet(hits);
+    }
+
+    bool findOneByOne(unsigned int uiEnd) noexcept {
+        for (unsigned int i = m_uiNext; i < uiEnd; ++i)
+            if (isMatch(i))
+                return setFound(i);
+        return false;
+    }
+
+    bool setFound(unsigned int uiPlace) noexcept {
+        m_iFound = static_cast<int>(uiPlace);
+        return true;
+    }
+};
 
 bool isWordChar(wchar_t ch) noexcept {
     return CStringCore::isLetter(ch) || CStringCore::isNumber(ch) || CStringCore::isUnderline(ch) ||
@@ -184,11 +247,12 @@ bool isWholeWord(const wchar_t* pText, unsigned int uiTextLength, unsigned int u
     return uiEnd == uiTextLength || !isWordChar(pText[uiEnd - 1]) || !isWordChar(pText[uiEnd]);
 }
 
-// The next place from uiFrom on, -1 if there is none. uiPlaces as in findPattern.
+// The next place from uiFrom on, -1 if there is none. uiPlaces is the number of places where the pattern has room.
 int findPlace(const wchar_t* pText, unsigned int uiPlaces, unsigned int uiFrom, const wchar_t* pPattern,
               unsigned int uiPatternLength, bool bCaseSensitive) noexcept {
     if (bCaseSensitive) {
-        const int iFound = findPattern(pText + uiFrom, uiPlaces - uiFrom, pPattern, uiPatternLength);
+        const int iFound =
+            CStringCore::strstr(pText + uiFrom, uiPlaces - uiFrom + uiPatternLength - 1, pPattern, uiPatternLength);
         return iFound < 0 ? -1 : iFound + static_cast<int>(uiFrom);
     }
     const wchar_t chFirst = toLowerASCII(pPattern[0]);
@@ -293,7 +357,7 @@ int CStringCore::strstr(const wchar_t* pText, unsigned int uiTextLength, const w
         return -1;
     if (uiPatternLength == 1)
         return findChar(pText, uiTextLength, *pPattern);
-    return findPattern(pText, uiTextLength - uiPatternLength + 1, pPattern, uiPatternLength);
+    return CPatternSearch(pText, uiTextLength - uiPatternLength + 1, pPattern, uiPatternLength).find();
 }
 
 int CStringCore::strstr_last(const wchar_t* pText, unsigned int uiTextLength, const wchar_t* pPattern,

@@ -11,6 +11,9 @@ namespace {
 // Most text is ASCII, so both ways first try this many characters at once.
 constexpr std::size_t BLOCK = 16;
 
+constexpr std::size_t MIXED = BLOCK * 3;   // characters to encode one by one after a block that was not all ASCII
+constexpr std::size_t CODE_BYTES_MOST = 3; // of one character
+
 typedef std::uint8_t VBytes __attribute__((vector_size(BLOCK)));
 typedef std::int8_t VSignedBytes __attribute__((vector_size(BLOCK)));
 typedef std::uint64_t VPair __attribute__((vector_size(BLOCK)));
@@ -55,6 +58,24 @@ bool narrowAsciiBlock(const wchar_t* pSource, unsigned char* pTarget) {
 bool isContinuation(unsigned char uiByte) { return (uiByte & 0xC0u) == 0x80u; }
 
 unsigned char toContinuation(std::uint32_t uiBits) { return static_cast<unsigned char>(0x80u | (uiBits & 0x3Fu)); }
+
+/** @return behind the one to three bytes. */
+unsigned char* putCode(std::uint32_t uiCode, unsigned char* pTarget) {
+    if (uiCode < 0x80) {
+        pTarget[0] = static_cast<unsigned char>(uiCode);
+        return pTarget + 1;
+    }
+    if (uiCode < 0x800) {
+        pTarget[0] = static_cast<unsigned char>(0xC0u | uiCode >> 6);
+        pTarget[1] = toContinuation(uiCode);
+        return pTarget + 2;
+    }
+    // There is no four-byte form: bits above the 16th are lost on purpose.
+    pTarget[0] = static_cast<unsigned char>(0xE0u | (uiCode >> 12 & 0x0Fu));
+    pTarget[1] = toContinuation(uiCode >> 6);
+    pTarget[2] = toContinuation(uiCode);
+    return pTarget + CODE_BYTES_MOST;
+}
 } // namespace
 
 std::size_t CUTF8Codec::encode(const wchar_t* pSource, std::size_t uiLength, unsigned char* pTarget,
@@ -62,32 +83,27 @@ std::size_t CUTF8Codec::encode(const wchar_t* pSource, std::size_t uiLength, uns
     const wchar_t* const pEnd = pSource + uiLength;
     unsigned char* pWrite = pTarget;
     unsigned char* const pLimit = pTarget + uiRoom;
-    while (pSource != pEnd) {
-        while (pEnd - pSource >= std::ptrdiff_t(BLOCK) && pLimit - pWrite >= std::ptrdiff_t(BLOCK) &&
-               narrowAsciiBlock(pSource, pWrite)) {
+    while (pEnd - pSource >= std::ptrdiff_t(MIXED) && pLimit - pWrite >= std::ptrdiff_t(MIXED * CODE_BYTES_MOST)) {
+        if (narrowAsciiBlock(pSource, pWrite)) {
             pSource += BLOCK;
             pWrite += BLOCK;
+            continue;
         }
-        // A block with other characters goes one by one, and the next one is tried again.
-        const wchar_t* const pStop = pSource + std::min<std::ptrdiff_t>(pEnd - pSource, BLOCK);
-        for (; pSource != pStop; ++pSource) {
-            const std::uint32_t uiCode = static_cast<std::uint32_t>(*pSource);
-            const std::ptrdiff_t iNeeded = 1 + (uiCode >= 0x80) + (uiCode >= 0x800);
-            if (pLimit - pWrite < iNeeded)
-                return static_cast<std::size_t>(pWrite - pTarget);
-            if (uiCode < 0x80) {
-                *pWrite++ = static_cast<unsigned char>(uiCode);
-            } else if (uiCode < 0x800) {
-                pWrite[0] = static_cast<unsigned char>(0xC0u | uiCode >> 6);
-                pWrite[1] = toContinuation(uiCode);
-                pWrite += 2;
-            } else { // there is no four-byte form: bits above the 16th are lost on purpose
-                pWrite[0] = static_cast<unsigned char>(0xE0u | (uiCode >> 12 & 0x0Fu));
-                pWrite[1] = toContinuation(uiCode >> 6);
-                pWrite[2] = toContinuation(uiCode);
-                pWrite += 3;
-            }
-        }
+        // Where other characters are there are more: some go one by one before a block is tried again.
+        for (const wchar_t* const pStop = pSource + MIXED; pSource != pStop; ++pSource)
+            pWrite = putCode(static_cast<std::uint32_t>(*pSource), pWrite);
+    }
+    for (; pEnd - pSource >= std::ptrdiff_t(BLOCK) && pLimit - pWrite >= std::ptrdiff_t(BLOCK) &&
+           narrowAsciiBlock(pSource, pWrite);
+         pSource += BLOCK)
+        pWrite += BLOCK;
+    // Too little is left of either side to go on without looking.
+    for (; pSource != pEnd; ++pSource) {
+        const std::uint32_t uiCode = static_cast<std::uint32_t>(*pSource);
+        const std::ptrdiff_t iNeeded = 1 + (uiCode >= 0x80) + (uiCode >= 0x800);
+        if (pLimit - pWrite < iNeeded)
+            break;
+        pWrite = putCode(uiCode, pWrite);
     }
     return static_cast<std::size_t>(pWrite - pTarget);
 }

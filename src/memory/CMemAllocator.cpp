@@ -5,6 +5,7 @@
 #include "memory/PoolGuard.h"
 
 #include <climits>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
@@ -43,6 +44,25 @@ bool isLive(const unsigned char* pHeader) {
 void* markLive(unsigned char* pHeader) {
     store(pHeader + CHECK_WORD_OFFSET, getCheckWord(pHeader));
     return pHeader + UNIT_HEADER_SIZE;
+}
+
+// The system's wide stream takes its buffers with its first line, and without memory for the narrow one it writes
+// behind a wide one of no size. Warnings come just then, so here it gets a buffer that needs no memory.
+void lendBufferToStdout() {
+    static char s_aryBuffer[1024];
+    if (std::fwide(stdout, 0) != 0)
+        return; // it has had its first line
+    void* const pProbe = std::malloc(BUFSIZ);
+    if (!pProbe)
+        std::setvbuf(stdout, s_aryBuffer, _IOLBF, sizeof(s_aryBuffer));
+    std::free(pProbe);
+}
+
+void printWarning(const wchar_t* szFormat, unsigned int uiValue) {
+    flockfile(stdout);
+    lendBufferToStdout();
+    std::wprintf(szFormat, uiValue);
+    funlockfile(stdout);
 }
 
 void freeBlocks(tagMemPool& pool) {
@@ -114,7 +134,7 @@ void* CMemAllocator::allocBigBlock(unsigned int uiSize) {
 void CMemAllocator::free(void* pBlock) {
     unsigned char* const pHeader = static_cast<unsigned char*>(pBlock) - UNIT_HEADER_SIZE;
     if (!isLive(pHeader)) {
-        std::wprintf(L"[Warning][OrlixEngine] Free(0x%x): Invalid Pointer, Maybe it had been freed or crashed.\n",
+        printWarning(L"[Warning][OrlixEngine] Free(0x%x): Invalid Pointer, Maybe it had been freed or crashed.\n",
                      static_cast<unsigned int>(reinterpret_cast<std::uintptr_t>(pBlock)));
         return;
     }
@@ -200,7 +220,7 @@ bool CMemAllocator::addPoolBlock(tagMemPool* pPool) {
     const bool bPossible = uiCount != 0 && pPool->uiUnitSize >= UNIT_HEADER_SIZE && uiSize <= UINT_MAX;
     auto* const pBlock = static_cast<tagMemPoolBlock*>(bPossible ? std::malloc(uiSize) : nullptr);
     if (!pBlock) {
-        std::wprintf(L"[Warning][OrlixEngine] Allocate memory pool block failed (size = %u).\n",
+        printWarning(L"[Warning][OrlixEngine] Allocate memory pool block failed (size = %u).\n",
                      static_cast<unsigned int>(uiSize));
         return false;
     }

@@ -34,6 +34,13 @@ bool isRenderOf(const CBaseMessage* pMessage, unsigned int uiID) {
     return pMessage && pMessage->getType() == CBaseMessage::MESSAGE_RENDER && pMessage->getID() == uiID;
 }
 
+/** @return the message itself if there is no memory for its place, otherwise null. */
+CBaseMessage* append(CMessageList& lstMessage, CBaseMessage* pMessage) {
+    const unsigned int uiSize = lstMessage.getSize();
+    lstMessage.add(pMessage);
+    return lstMessage.getSize() == uiSize ? pMessage : nullptr;
+}
+
 template <class TMatch> void moveMatching(CMessageList& lstMessage, const TMatch& match, CMessageList& lstTarget) {
     lstMessage.toHead();
     while (const CBaseMessage* const pMessage = lstMessage.next()) {
@@ -59,7 +66,7 @@ CMessageCenter* CMessageCenter::s_pInstance = nullptr;
 
 CMessageCenter::CMessageCenter()
     : m_pListener(nullptr), m_eLastList(LIST_USER), m_arrListInfo(4), m_bLocked(false), m_bCtrlKeyPress(false),
-      m_bShiftKeyPress(false), m_bAltKeyPress(false) {
+      m_bShiftKeyPress(false), m_bAltKeyPress(false), m_bInputUnpurged(false) {
     m_arrListInfo.add({LIST_INPUT, 0, 0, 10});
     m_arrListInfo.add({LIST_DATA, 0, 0, 5});
     m_arrListInfo.add({LIST_TIMER, 0, 0, 2});
@@ -103,73 +110,82 @@ void CMessageCenter::pushMessage(CBaseMessage* pMessage) {
         }
         delete pRejected;
     }
-    if (m_pListener)
-        m_pListener->onMessageAvailable();
+    if (IMessageCenterListener* const pListener = m_pListener) // read once: another thread may be taking it away
+        pListener->onMessageAvailable();
 }
 
-/** @return the message itself if no list takes it, otherwise null. */
+/** @return the message itself if no list takes it, otherwise null; the single steps below do the same and delete it. */
 CBaseMessage* CMessageCenter::route(CBaseMessage* pMessage, CMessageList& lstDropped) {
     switch (pMessage->getType()) {
     case CBaseMessage::MESSAGE_RENDER:
         return joinRender(getList(m_eLastList), pMessage, m_eLastList == LIST_INPUT, lstDropped);
     case CBaseMessage::MESSAGE_SYSTEM:
     case CBaseMessage::MESSAGE_QUIT:
-        pushSystemMessage(pMessage);
-        return nullptr;
+        return append(m_lstSystem, pMessage);
     case CBaseMessage::MESSAGE_TOUCH:
     case CBaseMessage::MESSAGE_GESTURE:
     case CBaseMessage::MESSAGE_HARDKEY:
     case CBaseMessage::MESSAGE_IME:
     case CBaseMessage::MESSAGE_LOGIC_EVENT:
     case CBaseMessage::MESSAGE_VOICE_CONTENT:
-        pushInputMessage(pMessage);
-        return nullptr;
+        return join(m_lstInput, LIST_INPUT, pMessage);
     case CBaseMessage::MESSAGE_DATA_CONTEXT:
     case CBaseMessage::MESSAGE_SHARE_MEMORY:
     case CBaseMessage::MESSAGE_DATA_TRANSFER:
     case CBaseMessage::MESSAGE_HTTP_CONNECTOR:
     case CBaseMessage::MESSAGE_WEB_BROWSER:
-        pushDataMessage(pMessage);
-        return nullptr;
+        return join(m_lstData, LIST_DATA, pMessage);
     case CBaseMessage::MESSAGE_TIMER:
-        pushTimerMessage(pMessage);
-        return nullptr;
+        return join(m_lstTimer, LIST_TIMER, pMessage);
     case CBaseMessage::MESSAGE_USER:
-        pushUserMessage(pMessage);
-        return nullptr;
+        return join(m_lstSystem, LIST_USER, pMessage); // not the user list, on purpose: see the header
     default:
         return pMessage;
     }
 }
 
-void CMessageCenter::pushSystemMessage(CBaseMessage* pMessage) { m_lstSystem.add(pMessage); }
+/** @return as route. */
+CBaseMessage* CMessageCenter::join(CMessageList& lstMessage, unsigned int uiListType, CBaseMessage* pMessage) {
+    m_eLastList = uiListType;
+    return append(lstMessage, pMessage);
+}
+
+void CMessageCenter::pushSystemMessage(CBaseMessage* pMessage) {
+    if (pMessage)
+        delete append(m_lstSystem, pMessage);
+}
 
 void CMessageCenter::pushInputMessage(CBaseMessage* pMessage) {
-    m_lstInput.add(pMessage);
-    m_eLastList = LIST_INPUT;
+    if (!pMessage)
+        return;
+    m_bInputUnpurged |= pMessage->getType() == CBaseMessage::MESSAGE_RENDER;
+    delete join(m_lstInput, LIST_INPUT, pMessage);
 }
 
 void CMessageCenter::pushDataMessage(CBaseMessage* pMessage) {
-    m_lstData.add(pMessage);
-    m_eLastList = LIST_DATA;
+    if (pMessage)
+        delete join(m_lstData, LIST_DATA, pMessage);
 }
 
 void CMessageCenter::pushTimerMessage(CBaseMessage* pMessage) {
-    m_lstTimer.add(pMessage);
-    m_eLastList = LIST_TIMER;
+    if (pMessage)
+        delete join(m_lstTimer, LIST_TIMER, pMessage);
 }
 
 void CMessageCenter::pushUserMessage(CBaseMessage* pMessage) {
-    m_lstSystem.add(pMessage); // not the user list, on purpose: see the header
-    m_eLastList = LIST_USER;
+    if (pMessage)
+        delete join(m_lstSystem, LIST_USER, pMessage);
 }
 
 void CMessageCenter::pushRenderMessage(CMessageList& lstMessage, CBaseMessage* pMessage, bool bPurge) {
+    if (!pMessage)
+        return;
+    m_bInputUnpurged |= !bPurge && &lstMessage == &m_lstInput;
     CMessageList lstDropped;
     delete joinRender(lstMessage, pMessage, bPurge, lstDropped);
 }
 
-/** @return the message itself if the tail already asks for the same, otherwise null. */
+/** @return as route: the message itself also if the tail already asks for the same. */
 CBaseMessage* CMessageCenter::joinRender(CMessageList& lstMessage, CBaseMessage* pMessage, bool bPurge,
                                          CMessageList& lstDropped) {
     const unsigned int uiID = pMessage->getID();
@@ -178,8 +194,7 @@ CBaseMessage* CMessageCenter::joinRender(CMessageList& lstMessage, CBaseMessage*
     lstMessage.toTail();
     if (isRenderOf(lstMessage.previous(), uiID))
         return pMessage;
-    lstMessage.add(pMessage);
-    return nullptr;
+    return append(lstMessage, pMessage);
 }
 
 void CMessageCenter::takeEarlierRenders(CMessageList& lstMessage, unsigned int uiID, CMessageList& lstDropped) {
@@ -189,7 +204,7 @@ void CMessageCenter::takeEarlierRenders(CMessageList& lstMessage, unsigned int u
         if (!isRenderOf(pMessage, uiID))
             continue;
         lstMessage.moveVisitedTo(lstDropped);
-        if (&lstMessage == &m_lstInput)
+        if (&lstMessage == &m_lstInput && !m_bInputUnpurged)
             return; // each repaint that came before purged too, so there is no second one: spare the walk to the head
     }
 }

@@ -5,13 +5,9 @@
 
 namespace Orlix {
 
-CMsgDataContext::CMsgDataContext() { m_eType = MESSAGE_DATA_CONTEXT; }
+CMsgDataContext::CMsgDataContext() : CBaseMessage(MESSAGE_DATA_CONTEXT) {}
 
-CMsgDataContext::CMsgDataContext(unsigned int uiID, CObject* pData) {
-    m_eType = MESSAGE_DATA_CONTEXT;
-    m_uiID = uiID;
-    m_ptrData = pData;
-}
+CMsgDataContext::CMsgDataContext(unsigned int uiID, CObject* pData) : CBaseMessage(MESSAGE_DATA_CONTEXT, uiID, pData) {}
 
 CMsgDataContext::~CMsgDataContext() = default;
 

@@ -5,13 +5,10 @@
 
 namespace Orlix {
 
-CMsgGesture::CMsgGesture() : m_uiParam(0) { m_eType = MESSAGE_GESTURE; }
+CMsgGesture::CMsgGesture() : CBaseMessage(MESSAGE_GESTURE), m_uiParam(0) {}
 
-CMsgGesture::CMsgGesture(unsigned int uiParam, unsigned int uiID, CObject* pData) : m_uiParam(uiParam) {
-    m_eType = MESSAGE_GESTURE;
-    m_uiID = uiID;
-    m_ptrData = pData;
-}
+CMsgGesture::CMsgGesture(unsigned int uiParam, unsigned int uiID, CObject* pData)
+    : CBaseMessage(MESSAGE_GESTURE, uiID, pData), m_uiParam(uiParam) {}
 
 CMsgGesture::~CMsgGesture() = default;
 

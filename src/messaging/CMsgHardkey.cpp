@@ -5,12 +5,10 @@
 
 namespace Orlix {
 
-CMsgHardkey::CMsgHardkey() : m_uiState(1) { m_eType = MESSAGE_HARDKEY; }
+CMsgHardkey::CMsgHardkey() : CBaseMessage(MESSAGE_HARDKEY), m_uiState(1) {}
 
-CMsgHardkey::CMsgHardkey(unsigned int uiKey, unsigned int uiState) : m_uiState(uiState) {
-    m_eType = MESSAGE_HARDKEY;
-    m_uiID = uiKey;
-}
+CMsgHardkey::CMsgHardkey(unsigned int uiKey, unsigned int uiState)
+    : CBaseMessage(MESSAGE_HARDKEY, uiKey), m_uiState(uiState) {}
 
 CMsgHardkey::~CMsgHardkey() = default;
 

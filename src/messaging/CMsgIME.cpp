@@ -5,9 +5,9 @@
 
 namespace Orlix {
 
-CMsgIME::CMsgIME() { m_eType = MESSAGE_IME; }
+CMsgIME::CMsgIME() : CBaseMessage(MESSAGE_IME) {}
 
-CMsgIME::CMsgIME(const CString& strText) : m_strText(strText) { m_eType = MESSAGE_IME; }
+CMsgIME::CMsgIME(const CString& strText) : CBaseMessage(MESSAGE_IME), m_strText(strText) {}
 
 CMsgIME::~CMsgIME() = default;
 

@@ -5,12 +5,9 @@
 
 namespace Orlix {
 
-CMsgLogicEvent::CMsgLogicEvent() { m_eType = MESSAGE_LOGIC_EVENT; }
+CMsgLogicEvent::CMsgLogicEvent() : CBaseMessage(MESSAGE_LOGIC_EVENT) {}
 
-CMsgLogicEvent::CMsgLogicEvent(unsigned int uiID) {
-    m_eType = MESSAGE_LOGIC_EVENT;
-    m_uiID = uiID;
-}
+CMsgLogicEvent::CMsgLogicEvent(unsigned int uiID) : CBaseMessage(MESSAGE_LOGIC_EVENT, uiID) {}
 
 CMsgLogicEvent::~CMsgLogicEvent() = default;
 

@@ -5,7 +5,7 @@
 
 namespace Orlix {
 
-CMsgQuit::CMsgQuit() { m_eType = MESSAGE_QUIT; }
+CMsgQuit::CMsgQuit() : CBaseMessage(MESSAGE_QUIT) {}
 
 CMsgQuit::~CMsgQuit() = default;
 

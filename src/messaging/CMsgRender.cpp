@@ -5,12 +5,9 @@
 
 namespace Orlix {
 
-CMsgRender::CMsgRender() { m_eType = MESSAGE_RENDER; }
+CMsgRender::CMsgRender() : CBaseMessage(MESSAGE_RENDER) {}
 
-CMsgRender::CMsgRender(unsigned int uiID) {
-    m_eType = MESSAGE_RENDER;
-    m_uiID = uiID;
-}
+CMsgRender::CMsgRender(unsigned int uiID) : CBaseMessage(MESSAGE_RENDER, uiID) {}
 
 CMsgRender::~CMsgRender() = default;
 

@@ -6,13 +6,10 @@
 
 namespace Orlix {
 
-CMsgSystem::CMsgSystem() : m_pListener(nullptr) { m_eType = MESSAGE_SYSTEM; }
+CMsgSystem::CMsgSystem() : CBaseMessage(MESSAGE_SYSTEM), m_pListener(nullptr) {}
 
-CMsgSystem::CMsgSystem(unsigned int uiID, CObject* pData, IMsgSystemListener* pListener) : m_pListener(pListener) {
-    m_eType = MESSAGE_SYSTEM;
-    m_uiID = uiID;
-    m_ptrData = pData;
-}
+CMsgSystem::CMsgSystem(unsigned int uiID, CObject* pData, IMsgSystemListener* pListener)
+    : CBaseMessage(MESSAGE_SYSTEM, uiID, pData), m_pListener(pListener) {}
 
 CMsgSystem::~CMsgSystem() = default;
 

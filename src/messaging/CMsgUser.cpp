@@ -6,13 +6,10 @@
 
 namespace Orlix {
 
-CMsgUser::CMsgUser() : m_pListener(nullptr) { m_eType = MESSAGE_USER; }
+CMsgUser::CMsgUser() : CBaseMessage(MESSAGE_USER), m_pListener(nullptr) {}
 
-CMsgUser::CMsgUser(unsigned int uiID, CObject* pData, IMsgUserListener* pListener) : m_pListener(pListener) {
-    m_eType = MESSAGE_USER;
-    m_uiID = uiID;
-    m_ptrData = pData;
-}
+CMsgUser::CMsgUser(unsigned int uiID, CObject* pData, IMsgUserListener* pListener)
+    : CBaseMessage(MESSAGE_USER, uiID, pData), m_pListener(pListener) {}
 
 CMsgUser::~CMsgUser() = default;
 

@@ -5,11 +5,10 @@
 
 namespace Orlix {
 
-CMsgVoiceContent::CMsgVoiceContent() { m_eType = MESSAGE_VOICE_CONTENT; }
+CMsgVoiceContent::CMsgVoiceContent() : CBaseMessage(MESSAGE_VOICE_CONTENT) {}
 
-CMsgVoiceContent::CMsgVoiceContent(const CString& strContent) : m_strContent(strContent) {
-    m_eType = MESSAGE_VOICE_CONTENT;
-}
+CMsgVoiceContent::CMsgVoiceContent(const CString& strContent)
+    : CBaseMessage(MESSAGE_VOICE_CONTENT), m_strContent(strContent) {}
 
 CMsgVoiceContent::~CMsgVoiceContent() = default;
 

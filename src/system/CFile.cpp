@@ -16,10 +16,8 @@ bool CFile::open(const CString& strPath, const wchar_t* pMode) {
     if (strPath.length() == 0 || !pMode)
         return false;
     m_bReadMode = !std::wcschr(pMode, L'w') && !std::wcschr(pMode, L'a');
-    if (!m_bReadMode)
+    if (!m_bReadMode) // the other modes make nothing, so there a missing file is the system's to refuse
         CFolder::createFolder(CPath::getFileFolder(strPath)); // if that fails, so does the opening
-    else if (!isExist(strPath))
-        return false;
     char szMode[MODE_BYTES];
     CStringConverter::convertToMBCS(pMode, szMode, sizeof(szMode));
     m_pStream = std::fopen(CPathBuffer(strPath).get(), szMode);
@@ -47,7 +45,7 @@ unsigned int CFile::getFileSize() {
     if (!m_pStream)
         return 0;
     const long lPosition = std::ftell(m_pStream);
-    if (lPosition < 0 || std::fseek(m_pStream, 0, SEEK_END) != 0)
+    if (std::fseek(m_pStream, 0, SEEK_END) != 0) // it has no positions
         return 0;
     const long lSize = std::ftell(m_pStream);
     std::fseek(m_pStream, lPosition, SEEK_SET);

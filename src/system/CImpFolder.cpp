@@ -70,7 +70,8 @@ bool appendEntry(const CString& strFolder, const CString& strName, bool bFolder,
     pEntry->strName = strName;
     pEntry->bFolder = bFolder;
     const unsigned int uiBefore = aryEntry.getSize();
-    aryEntry.add(pEntry);
+    if (!pEntry->strPath.isEmpty() && !pEntry->strName.isEmpty()) // null only without memory
+        aryEntry.add(pEntry);
     if (aryEntry.getSize() != uiBefore)
         return true;
     delete pEntry;

@@ -11,10 +11,11 @@ CTime fromLocalTime(time_t lSeconds, suseconds_t lMicroSeconds) {
     tm local{};
     if (!localtime_r(&lSeconds, &local))
         return CTime();
-    return CTime(static_cast<unsigned short>(local.tm_year + 1900), static_cast<unsigned short>(local.tm_mon + 1),
-                 static_cast<unsigned short>(local.tm_mday), static_cast<unsigned short>(local.tm_hour),
-                 static_cast<unsigned short>(local.tm_min), static_cast<unsigned short>(local.tm_sec),
-                 static_cast<unsigned short>(lMicroSeconds / 1000));
+    // Added unsigned: the last years that the system's calendar holds are near the end of an int.
+    return CTime(static_cast<unsigned short>(static_cast<unsigned int>(local.tm_year) + 1900u),
+                 static_cast<unsigned short>(local.tm_mon + 1), static_cast<unsigned short>(local.tm_mday),
+                 static_cast<unsigned short>(local.tm_hour), static_cast<unsigned short>(local.tm_min),
+                 static_cast<unsigned short>(local.tm_sec), static_cast<unsigned short>(lMicroSeconds / 1000));
 }
 } // namespace
 

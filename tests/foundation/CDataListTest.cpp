@@ -1,5 +1,9 @@
 #include <Orlix/foundation/CDataList.h>
 
+#include "support/ChildProcess.h"
+#include "support/MemoryLimit.h"
+#include "support/Sanitizer.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -129,6 +133,28 @@ TEST(CDataList, RemovingTheNodeUnderTheCursorMovesItOn) {
     EXPECT_EQ(lst.next(), nullptr);
     EXPECT_EQ(lst.next(), nullptr);
 }
+
+#if !defined(ORLIX_TEST_ASAN) && !defined(ORLIX_TEST_TSAN) // both end the process when memory runs out
+TEST(CDataList, WithoutMemoryAnAddedValueIsDropped) {
+    const OrlixTest::tagChildResult result = OrlixTest::runInChild([] {
+        COpenList lst;
+        if (!OrlixTest::limitMemory(4000000))
+            return 1;
+        lst.add(0); // so that the pool has its first block
+        OrlixTest::useUpMemory();
+        for (unsigned int i = 1; i < 1000000 && lst.getSize() == i; ++i)
+            lst.add(static_cast<int>(i));
+        const unsigned int uiSize = lst.getSize();
+        lst.add(-1);
+        if (uiSize == 1000000 || lst.getSize() != uiSize || lst.m_pTail->tValue != static_cast<int>(uiSize) - 1)
+            return 2;
+        lst.removeHead();
+        lst.add(-2); // into the node that was given back
+        return lst.getSize() == uiSize && lst.m_pTail->tValue == -2 ? 0 : 3;
+    });
+    EXPECT_EQ(result.iExitCode, 0);
+}
+#endif
 
 TEST(CDataList, BehavesLikeAVector) {
     std::mt19937 random(7);

@@ -32,6 +32,19 @@ protected:
     int m_iDestroyed = 0;
 };
 
+TEST_F(CObjectPtrTest, GivesItsReferenceBackWhenDeletedAsItsBase) {
+    class CDerivedPtr : public CObjectPtr<CCounted> {
+    public:
+        explicit CDerivedPtr(CCounted* pObject) : CObjectPtr<CCounted>(pObject), m_ptrOwn(pObject) {}
+        CObjectPtr<CCounted> m_ptrOwn;
+    };
+    CCounted* const pObject = new CCounted(m_iDestroyed);
+    CObjectPtr<CCounted>* const pPtr = new CDerivedPtr(pObject);
+    EXPECT_EQ(pObject->getRef(), 2);
+    delete pPtr;
+    EXPECT_EQ(m_iDestroyed, 1);
+}
+
 TEST_F(CObjectPtrTest, StartsEmpty) {
     const CObjectPtr<CObject> ptr;
     EXPECT_TRUE(ptr.isEmpty());

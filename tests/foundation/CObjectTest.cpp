@@ -40,6 +40,38 @@ TEST(CObject, ReleaseOfAFreshObjectIsHarmless) {
     EXPECT_EQ(iDestroyed, 0);
 }
 
+TEST(CObject, ReleaseOfANegativeCountGivesItBackUntouched) {
+    class COverReleased : public CObject {
+    public:
+        COverReleased() { m_iRef = -3; }
+    } object;
+    EXPECT_EQ(object.release(), -3);
+    EXPECT_EQ(object.getRef(), -3);
+}
+
+TEST(CObject, ResetChangesNothing) {
+    CPool pool;
+    CObject object;
+    object.addRef();
+    object.setObjectPool(&pool);
+    object.reset();
+    EXPECT_EQ(object.getRef(), 1);
+    EXPECT_EQ(object.release(), 0);
+    EXPECT_EQ(pool.m_iRecycled, 1);
+}
+
+TEST(CObject, PoolTakenAwayNoLongerGetsTheObject) {
+    int iDestroyed = 0;
+    CPool pool;
+    auto* const pObject = new CCounted(iDestroyed);
+    pObject->setObjectPool(&pool);
+    pObject->setObjectPool(nullptr);
+    pObject->addRef();
+    EXPECT_EQ(pObject->release(), 0);
+    EXPECT_EQ(pool.m_iRecycled, 0);
+    EXPECT_EQ(iDestroyed, 1);
+}
+
 TEST(CObject, LastReleaseDeletes) {
     int iDestroyed = 0;
     auto* const pObject = new CCounted(iDestroyed);

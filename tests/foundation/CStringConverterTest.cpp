@@ -5,15 +5,20 @@
 #include <Orlix/foundation/CString.h>
 
 #include "support/ChildProcess.h"
+#include "support/HeapUse.h"
+#include "support/MemoryLimit.h"
+#include "support/Sanitizer.h"
 
 #include <climits>
 #include <clocale>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <cwchar>
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 using namespace Orlix;
@@ -567,10 +572,31 @@ TEST(CStringConverter, MbcsWithoutSourceOrTargetSetsNoLocale) {
     EXPECT_EQ(textOf(strResult), L"");
 }
 
+TEST(CStringConverter, MbcsKeepsWhatStandsBeforeTheFirstMalformedPart) {
+    CString strResult;
+    CStringConverter::convertFromMBCS("a\xE4\xBD\xA0"
+                                      "b\xFF"
+                                      "cd",
+                                      strResult);
+    EXPECT_EQ(textOf(strResult), L"a\x4F60\x62");
+    CStringConverter::convertFromMBCS("a\xE4\xBD", strResult);
+    EXPECT_EQ(textOf(strResult), L"a");
+    CStringConverter::convertFromMBCS("\xFF", strResult);
+    EXPECT_EQ(textOf(strResult), L"");
+    char aryTarget[8];
+    std::memset(aryTarget, '#', sizeof(aryTarget));
+    const wchar_t aryNoCharacter[] = {L'a', -1, L'b', 0};
+    CStringConverter::convertToMBCS(aryNoCharacter, aryTarget, 8);
+    EXPECT_EQ(std::string(aryTarget, 8), std::string("a\0\0\0\0\0\0", 8));
+}
+
 TEST(CStringConverter, FormatsWideTextsForPercentS) {
     EXPECT_EQ(textOf(CStringConverter::format(L"%s and %s: %d%%", L"one", L"t\x4F60wo", 3)), L"one and t\x4F60wo: 3%");
     EXPECT_EQ(textOf(CStringConverter::format(L"%ls|%hs", L"w", "n")), L"w|n");
     EXPECT_EQ(textOf(CStringConverter::format(L"%%s")), L"%ls") << "there is no escape";
+    EXPECT_EQ(textOf(CStringConverter::format(L"%4s|%-3s|", "ab", "c")), L"  ab|c  |")
+        << "only the two characters together are rewritten";
+    EXPECT_EQ(textOf(CStringConverter::format(L"%s|%4s", L"\x4F60", "ab")), L"\x4F60|  ab");
     EXPECT_EQ(textOf(CStringConverter::format(L"plain")), L"plain");
     EXPECT_EQ(textOf(CStringConverter::format(L"%")), L"") << "what cannot be formatted is blank";
     EXPECT_EQ(textOf(CStringConverter::format(L"")), L"");
@@ -589,6 +615,20 @@ TEST(CStringConverter, FormatsLongFormatsAndLongTexts) {
         strEscaped += L"%%s";
     EXPECT_EQ(textOf(CStringConverter::format(strEscaped.c_str())).size(), 85u * 3);
     EXPECT_EQ(textOf(CStringConverter::format(L"%s", std::wstring(524288, L'x').c_str())), L"") << "too long";
+}
+
+template <std::size_t... I> CString formatWithTexts(const wchar_t* pFormat, std::index_sequence<I...>) {
+    return CStringConverter::format(pFormat, (static_cast<void>(I), L"x")...);
+}
+
+TEST(CStringConverter, FormatOfNothingButTextsGrowsTheMost) {
+    for (const unsigned int uiTexts : {127u, 128u, 129u, 140u}) {
+        std::wstring strFormat;
+        for (unsigned int i = 0; i < uiTexts; ++i)
+            strFormat += L"%s";
+        EXPECT_EQ(textOf(formatWithTexts(strFormat.c_str(), std::make_index_sequence<140>())),
+                  std::wstring(uiTexts, L'x'));
+    }
 }
 
 TEST(CStringConverter, MeasuresUpToTheLastDoubling) {
@@ -706,6 +746,19 @@ TEST(CStringConverter, NumericTokensMayBeHexadecimalAndEmptyOnesAreZero) {
     EXPECT_EQ(separateNumbers(nullptr, true, true), Numbers());
 }
 
+TEST(CStringConverter, NumericTokenEndsAtAZeroWithinIt) {
+    CString strText(L"0x1");
+    strText.append(L"", 1); // believed: the length covers a zero
+    strText.append(L"2,12");
+    strText.append(L"", 1);
+    strText.append(L"3");
+    CDataArray<unsigned int> aryTarget;
+    CStringConverter::separateString(strText, L',', aryTarget, false, false);
+    ASSERT_EQ(aryTarget.getSize(), 2u);
+    EXPECT_EQ(aryTarget[0], 1u);
+    EXPECT_EQ(aryTarget[1], 12u);
+}
+
 TEST(CStringConverter, SeparatingAppendsAlsoToTheArrayItComesFrom) {
     CDataArray<CString> aryTarget;
     aryTarget.add(CString(L"a,b,c,d,e,f,g,h,i,j"));
@@ -783,3 +836,52 @@ TEST(CStringConverter, MergingAListLeavesItsWalkAlone) {
     CStringConverter::mergeString(listTexts, L',', strResult);
     EXPECT_EQ(textOf(*listTexts.next()), L"b");
 }
+
+TEST(CStringConverter, EachBufferGoesBackToTheHeap) {
+    const std::wstring strFill(3000, L'x');
+    const std::string strBytes(3000, 'x');
+    const auto convertOften = [&] {
+        measure(L"%ls", strFill.c_str());
+        CString strResult = CStringConverter::format(L"%s", strFill.c_str());
+        strResult = CStringConverter::format((strFill + L"%s").c_str(), strFill.c_str());
+        CStringConverter::convertFromUTF8(narrow(strBytes), strResult);
+        CStringConverter::convertFromUTF16(narrow(strBytes), 3000, strResult);
+        CStringConverter::convertFromMBCS(strBytes.c_str(), strResult);
+        CStringConverter::encodeChars(strResult, 4, ESCAPED, s_aryCodes, CODE_LENGTHS, strResult);
+        CStringConverter::decodeChars(strResult, 4, ESCAPED, s_aryCodes, CODE_LENGTHS, strResult);
+        splitBy(strResult, L",;", true, true);
+        CDataArray<CString> aryTexts;
+        CStringConverter::separateString(strResult, L',', aryTexts, true, true);
+        CStringConverter::mergeString(aryTexts, L',', strResult);
+    };
+    EXPECT_EQ(OrlixTest::getLeftOnHeap(convertOften), 0u);
+}
+
+#if !defined(ORLIX_TEST_ASAN) && !defined(ORLIX_TEST_TSAN)
+TEST(CStringConverter, WithoutMemoryAFormatIsBlankAndOtherResultsStay) {
+    const OrlixTest::tagChildResult result = OrlixTest::runInChild([] {
+        const std::string strBytes(1000000, 'x');
+        const std::wstring strText(1000000, L'x');
+        if (!OrlixTest::limitMemory(1 << 20))
+            return 125;
+        // What the heap still has free is taken as well, down to pieces too small for any result here.
+        for (const void* volatile pTaken = strText.c_str(); pTaken != nullptr;)
+            pTaken = std::malloc(1 << 20);
+        const int iCount = measure(L"%*d", 500000, 1);
+        const CString strFormatted = CStringConverter::format(L"%*d", 500000, 1);
+        CString strUtf8(L"a"), strUtf16(L"b"), strMbcs(L"c"), strEncoded(L"d"), strDecoded(L"e");
+        CStringConverter::convertFromUTF8(narrow(strBytes), strUtf8);
+        CStringConverter::convertFromUTF16(narrow(strBytes), 1000000, strUtf16);
+        CStringConverter::convertFromMBCS(strBytes.c_str(), strMbcs);
+        CStringConverter::encodeChars(strText.c_str(), 1000000, 4, ESCAPED, s_aryCodes, CODE_LENGTHS, strEncoded);
+        CStringConverter::decodeChars(strText.c_str(), 1000000, 4, ESCAPED, s_aryCodes, CODE_LENGTHS, strDecoded);
+        OrlixTest::unlimitMemory();
+        const bool bBlank = !strFormatted.isEmpty() && strFormatted.length() == 0;
+        std::printf("%d %d %ls%ls%ls%ls%ls", iCount, bBlank, strUtf8.getBuffer(), strUtf16.getBuffer(),
+                    strMbcs.getBuffer(), strEncoded.getBuffer(), strDecoded.getBuffer());
+        return 0;
+    });
+    EXPECT_EQ(result.strOutput, "-1 1 abcde");
+    EXPECT_EQ(result.iExitCode, 0);
+}
+#endif

@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <ctime>
 #include <cwchar>
+#include <random>
 #include <string>
 
 using namespace Orlix;
@@ -114,6 +116,8 @@ TEST(CStringCore, CountedCompareTellsEqualityAndNoOrder) {
     EXPECT_EQ(CStringCore::strncmpIC(L"ab", L"AC", 2), 0);
     EXPECT_EQ(CStringCore::strncmpIC(L"abc", L"xyz", 0), 1);
     EXPECT_EQ(CStringCore::strncmp(nullptr, nullptr, 0), 1);
+    EXPECT_EQ(CStringCore::strncmp(nullptr, L"a", 0), 1);
+    EXPECT_EQ(CStringCore::strncmpIC(L"a", nullptr, 0), 1);
     EXPECT_EQ(CStringCore::strncmp(nullptr, L"a", 1), 0);
     EXPECT_EQ(CStringCore::strncmpIC(L"a", nullptr, 1), 0);
 }
@@ -177,6 +181,57 @@ TEST(CStringCore, SearchPassesPlacesThatOnlyLookAlikeAtTheirEnds) {
     strText += L"abcd";
     EXPECT_EQ(CStringCore::strstr(strText.c_str(), L"abcd"), 200);
     EXPECT_EQ(CStringCore::strstr(strText.c_str(), L"abyd"), -1);
+}
+
+// A text of a few letters that repeats itself and then does not: what the searches have most work with.
+std::wstring makeRepetitiveText(std::mt19937& random, std::size_t uiLength) {
+    std::wstring strPeriod;
+    const std::size_t uiPeriod = 1 + random() % 12;
+    while (strPeriod.size() < uiPeriod)
+        strPeriod += static_cast<wchar_t>(L'a' + random() % 2);
+    std::wstring strText;
+    while (strText.size() < uiLength)
+        strText += strPeriod;
+    strText.resize(uiLength);
+    for (unsigned int i = random() % 4; i > 0; --i)
+        strText[random() % uiLength] = static_cast<wchar_t>(L'a' + random() % 3);
+    return strText;
+}
+
+TEST(CStringCore, SearchAgreesWithTheStandardOneOnRepetitiveTexts) {
+    std::mt19937 random(20240611);
+    int iFoundLate = 0;
+    for (int i = 0; i < 20000; ++i) {
+        const std::wstring strText = makeRepetitiveText(random, 1 + random() % 3000);
+        std::wstring strPattern = random() % 2 == 0 ? strText.substr(random() % strText.size(), 1 + random() % 400)
+                                                    : makeRepetitiveText(random, 1 + random() % 400);
+        if (random() % 4 == 0)
+            strPattern[random() % strPattern.size()] = L'a';
+        const std::size_t uiFound = strText.find(strPattern);
+        const int iExpected = uiFound == std::wstring::npos ? -1 : static_cast<int>(uiFound);
+        iFoundLate += iExpected > 1000;
+        ASSERT_EQ(CStringCore::strstr(strText.c_str(), strPattern.c_str()), iExpected) << "round " << i;
+    }
+    EXPECT_GT(iFoundLate, 100) << "the texts are too easy";
+}
+
+TEST(CStringCore, SearchTakesTimeInProportionOnAnyText) {
+    constexpr std::size_t TEXT = 400000;
+    constexpr std::size_t HALF = 40000;
+    std::wstring strGaps; // the pattern's first character stands as far apart as that of a usual text
+    while (strGaps.size() < TEXT)
+        strGaps += L"x" + std::wstring(39, L'y');
+    const struct {
+        std::wstring strText, strPattern;
+    } aryRow[] = {{std::wstring(TEXT, L'a'), std::wstring(HALF, L'a') + L'b' + std::wstring(HALF, L'a')},
+                  {std::wstring(TEXT, L'a'), std::wstring(HALF, L'a') + L'b'},
+                  {strGaps, strGaps.substr(0, HALF) + L'z' + strGaps.substr(0, 41)}};
+    const std::clock_t clockStart = std::clock();
+    for (const auto& row : aryRow) {
+        for (int i = 0; i < 10; ++i)
+            ASSERT_EQ(CStringCore::strstr(row.strText.c_str(), row.strPattern.c_str()), -1);
+    }
+    EXPECT_LT(static_cast<double>(std::clock() - clockStart) / CLOCKS_PER_SEC, 3.0);
 }
 
 TEST(CStringCore, PrefixAndSuffixAreNeverEmpty) {

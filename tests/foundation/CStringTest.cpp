@@ -3,6 +3,8 @@
 #include <Orlix/foundation/CStringConverter.h>
 #include <Orlix/memory/CMemory.h>
 
+#include "support/HeapUse.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -38,6 +40,12 @@ std::wstring textOf(const CString& strText) {
 }
 
 const wchar_t* const NULL_TEXT = nullptr;
+
+struct tagFieldProbe : CString {
+    bool isInOrder() const { return static_cast<const void*>(&m_pBuffer + 1) == &m_uiLength; }
+};
+
+TEST(CString, LengthFollowsTheBuffer) { EXPECT_TRUE(tagFieldProbe().isInOrder()); }
 
 TEST(CString, NullAndBlankAreToldApart) {
     const CString strNull;
@@ -203,6 +211,7 @@ TEST(CString, BufferIsDetachedAndAttached) {
     EXPECT_EQ(strOther.length(), 3u);
     strOther.attach(pBuffer, 3);
     EXPECT_EQ(textOf(strOther), L"abc") << "its own buffer is not freed";
+    EXPECT_NE(CString(L"xyz").getBuffer(), pBuffer) << "nor given to another string";
     pBuffer = strOther.detach();
     pBuffer[2] = 0;
     strOther.attach(pBuffer, 2);
@@ -243,6 +252,7 @@ TEST(CString, ToBufferWithoutTextOrRoomTouchesNothing) {
     EXPECT_EQ(CString(L"").toBuffer(aryTarget, 4), 0u);
     EXPECT_EQ(CString(L"abc").toBuffer(aryTarget, 0), 0u);
     EXPECT_STREQ(aryTarget, L"xyz");
+    EXPECT_EQ(CString(L"abc").toBuffer(nullptr, 4), 0u);
 }
 
 TEST(CString, CharactersAreReadWithinTheLength) {
@@ -289,6 +299,7 @@ TEST(CString, NothingBeginsWithAnEmptyText) {
     EXPECT_TRUE(strText.startWith(CString(L"abc")));
     EXPECT_FALSE(strText.startWith(L"AB"));
     EXPECT_FALSE(strText.startWith(CString(L"b")));
+    EXPECT_FALSE(strText.startWith(CString(L"AB")));
     EXPECT_TRUE(strText.startWithIC(L"AB"));
     EXPECT_TRUE(strText.startWithIC(CString(L"aB")));
     EXPECT_FALSE(strText.startWithIC(L"abcd"));
@@ -319,6 +330,9 @@ TEST(CString, ComparesInBothDirections) {
     EXPECT_TRUE(strText == aryText);
     EXPECT_TRUE(strText == CString(L"abc"));
     EXPECT_FALSE(strText == L"Abc");
+    EXPECT_FALSE(strText == CString(L"Abc"));
+    EXPECT_TRUE(strText != L"Abc");
+    EXPECT_TRUE(strText != CString(L"Abc"));
     EXPECT_TRUE(strText != CString(L"ab"));
     EXPECT_TRUE(strText != NULL_TEXT);
     EXPECT_TRUE(CString() == NULL_TEXT);
@@ -614,6 +628,36 @@ TEST(CString, ChangeTooLongForMemoryLeavesTheStringAsItWas) {
     EXPECT_EQ(textOf(strText), L"abc");
     strText.append(L"d", 0xFFFFFFFFu);
     EXPECT_EQ(textOf(strText), L"abc");
+}
+
+TEST(CString, EachBufferThatIsReplacedGoesBackToTheHeap) {
+    const std::wstring strLong = L" " + std::wstring(500, L'a') + std::wstring(500, L'b') + L" ";
+    const auto changeOften = [&] {
+        CString strText(strLong.c_str());
+        CString strOther(strText);
+        strText.append(strLong.c_str());
+        strText.append(L"x", 3);
+        strText.insertString(1, strLong.c_str());
+        strText.insertString(1, strOther);
+        strText.replaceFirst(L"ab", L"to");
+        strText.replaceAll(L"a", L"to");
+        strText.trimBlank(true, true);
+        strText.trim(L'b');
+        strText.toUppercase();
+        strText.fromBuffer(strLong.c_str(), 900);
+        strText = strOther + strText;
+        strText = strOther;
+        strText = strLong.c_str();
+        strText = std::move(strOther);
+        strOther.attach(strText.detach(), -1);
+        strText = strOther;
+        strOther.attach(strText.detach(), -1);
+        strText = strOther.subString(1, 0);
+        strText.empty();
+        strText = strOther;
+        strText = nullptr;
+    };
+    EXPECT_EQ(OrlixTest::getLeftOnHeap(changeOften), 0u);
 }
 
 std::wstring replaceAllOf(std::wstring strText, const std::wstring& strFrom, const std::wstring& strTo) {

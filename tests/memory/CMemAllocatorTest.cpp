@@ -1,5 +1,7 @@
 #include <Orlix/memory/CMemAllocator.h>
 
+#include <Orlix/foundation/CAutoSync.h>
+
 #include "support/ChildProcess.h"
 #include "support/MemoryLimit.h"
 #include "support/Sanitizer.h"
@@ -7,8 +9,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <climits>
+#include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <iterator>
 #include <map>
@@ -34,6 +40,7 @@ public:
     unsigned int getBigHeader() const { return m_uiBigBlockHeaderSize; }
     unsigned int getPoolCount() const { return m_uiPoolCount; }
     tagMemPool* getPools() const { return m_pPools; }
+    CSyncObject& getLock() { return m_syncPools; }
 };
 
 template <class T> T readBefore(const void* pBlock, unsigned int uiBytes) {
@@ -85,6 +92,114 @@ TEST(CMemAllocator, InitializeClearsTheTable) {
         EXPECT_EQ(probe.getPools()[i].uiUnitSize, 0u);
         EXPECT_EQ(probe.getPools()[i].uiDataSize, 0u);
         EXPECT_EQ(probe.getPools()[i].pBlocks, nullptr);
+    }
+}
+
+TEST(CMemAllocator, RecordsAreLaidOutAsTheHeadersCount) {
+    using tagPool = CMemAllocator::tagMemPool;
+    using tagBlock = CMemAllocator::tagMemPoolBlock;
+    const std::size_t aryPool[] = {offsetof(tagPool, uiUnitSize),     offsetof(tagPool, uiDataSize),
+                                   offsetof(tagPool, uiInitialCount), offsetof(tagPool, uiGrowCount),
+                                   offsetof(tagPool, uiTotalCount),   offsetof(tagPool, pBlocks),
+                                   offsetof(tagPool, pFreeUnits),     sizeof(tagPool)};
+    EXPECT_EQ(std::vector<std::size_t>(std::begin(aryPool), std::end(aryPool)),
+              (std::vector<std::size_t>{0, 4, 8, 12, 16, 24, 32, 40}));
+    const std::size_t aryBlock[] = {offsetof(tagBlock, uiSize), offsetof(tagBlock, uiUnitCount),
+                                    offsetof(tagBlock, uiUsedCount), offsetof(tagBlock, pNext), sizeof(tagBlock)};
+    EXPECT_EQ(std::vector<std::size_t>(std::begin(aryBlock), std::end(aryBlock)),
+              (std::vector<std::size_t>{0, 4, 8, 16, 24}));
+}
+
+TEST(CMemAllocator, InitializeAgainStartsWithAnEmptyTable) {
+    CProbe probe(16, 2);
+    probe.createPool(0, 16, 4, 4);
+    probe.createPool(1, 32, 4, 4);
+    EXPECT_NE(probe.malloc(20), nullptr); // its block goes with the old table, which the address sanitizer watches
+    probe.initialize(0, 1);
+    ASSERT_EQ(probe.getPoolCount(), 1u);
+    EXPECT_EQ(probe.getPools()[0].uiUnitSize, 0u);
+    EXPECT_EQ(probe.getPools()[0].pBlocks, nullptr);
+    EXPECT_EQ(probe.getMask(), 15u) << "0 keeps the alignment";
+    probe.initialize(4, 0);
+    EXPECT_EQ(probe.getPools(), nullptr);
+    EXPECT_EQ(probe.getMask(), 3u);
+}
+
+TEST(CMemAllocator, CreatePoolAgainForgetsWhatThePoolHeld) {
+    CProbe probe(4, 1);
+    probe.createPool(0, 8, 0, 0);
+    CMemAllocator::tagMemPool& pool = probe.getPools()[0];
+    unsigned char aryUnit[24] = {};
+    pool.uiTotalCount = 9;
+    pool.pFreeUnits = aryUnit;
+    probe.createPool(0, 12, 3, 2);
+    EXPECT_EQ(pool.uiDataSize, 12u);
+    EXPECT_EQ(pool.uiTotalCount, 0u);
+    EXPECT_EQ(pool.pFreeUnits, nullptr);
+    EXPECT_EQ(pool.pBlocks, nullptr);
+}
+
+TEST(CMemAllocator, AddPoolBlockGrowsWithoutCarving) {
+    CProbe probe(4, 1);
+    probe.createPool(0, 8, 3, 2);
+    CMemAllocator::tagMemPool& pool = probe.getPools()[0];
+    EXPECT_TRUE(probe.addPoolBlock(&pool));
+    const auto* const pFirst = pool.pBlocks;
+    EXPECT_EQ(pFirst->uiUnitCount, 3u);
+    EXPECT_TRUE(probe.addPoolBlock(&pool));
+    EXPECT_EQ(pool.pBlocks->pNext, pFirst);
+    EXPECT_EQ(pool.pBlocks->uiUnitCount, 2u);
+    EXPECT_EQ(pool.pBlocks->uiUsedCount, 0u);
+    EXPECT_EQ(pool.uiTotalCount, 5u);
+    // Only the newest block is carved, whatever the older ones still hold.
+    for (int i = 0; i < 2; ++i)
+        EXPECT_NE(probe.allocUnit(&pool), nullptr);
+    EXPECT_EQ(pool.pBlocks->uiUsedCount, 2u);
+    EXPECT_NE(probe.allocUnit(&pool), nullptr);
+    EXPECT_EQ(pool.uiTotalCount, 7u);
+    EXPECT_EQ(pFirst->uiUsedCount, 0u);
+}
+
+TEST(CMemAllocator, BigBlocksAndInvalidPointersPassAHeldLock) {
+    CProbe probe(4, 1);
+    probe.createPool(0, 8, 4, 4);
+    const tagChildResult result = runInChild([&] {
+        const CAutoSync sync(probe.getLock());
+        std::thread([&] { // hangs if one of them took the lock
+            void* const pBig = probe.malloc(9);
+            probe.free(pBig);
+            alignas(16) unsigned char aryForeign[64] = {};
+            probe.free(aryForeign + 32);
+        })
+            .join();
+        return 0;
+    });
+    EXPECT_EQ(result.iExitCode, 0);
+}
+
+TEST(CMemAllocator, UnitsWaitForTheLockBothWays) {
+    CProbe probe(4, 1);
+    probe.createPool(0, 8, 4, 4);
+    std::atomic<bool> bReleased{false};
+    for (const bool bFree : {false, true}) {
+        void* pUnit = bFree ? probe.malloc(8) : nullptr;
+        bool bAfterRelease = false;
+        std::thread other;
+        bReleased = false;
+        {
+            const CAutoSync sync(probe.getLock());
+            other = std::thread([&] {
+                if (bFree)
+                    probe.free(pUnit);
+                else
+                    pUnit = probe.malloc(8);
+                bAfterRelease = bReleased;
+            });
+            std::this_thread::sleep_for(std::chrono::milliseconds(20)); // time to come in wrongly
+            bReleased = true;
+        }
+        other.join();
+        EXPECT_TRUE(bAfterRelease) << (bFree ? "free" : "malloc");
     }
 }
 
@@ -361,6 +476,33 @@ TEST(CMemAllocator, PoolThatCannotGrowFallsThroughToTheSystemHeap) {
     });
     EXPECT_EQ(result.iExitCode, 0);
     EXPECT_EQ(result.strOutput, "[Warning][OrlixEngine] Allocate memory pool block failed (size = 240000024).\n");
+}
+
+TEST(CMemAllocator, FirstWarningWithoutMemoryForABufferSpoilsNothing) {
+    const tagChildResult result = runInChild([] {
+        constexpr std::size_t COUNT = 64, BYTES = 24;
+        CProbe probe(4, 1);
+        probe.createPool(0, 16, 1, 1);
+        unsigned char* aryMarked[COUNT];
+        for (unsigned char*& pMarked : aryMarked) {
+            pMarked = static_cast<unsigned char*>(std::malloc(BYTES));
+            std::memset(pMarked, 0x5A, BYTES);
+        }
+        if (!limitMemory(2000000))
+            return 1;
+        useUpMemory();
+        std::free(aryMarked[COUNT / 2]); // what a buffer of no size gets, amidst the others
+        aryMarked[COUNT / 2] = aryMarked[0];
+        if (probe.malloc(16))
+            return 2;
+        for (const unsigned char* const pMarked : aryMarked)
+            for (std::size_t i = 0; i < BYTES; ++i)
+                if (pMarked[i] != 0x5A)
+                    return 3;
+        return 0;
+    });
+    EXPECT_EQ(result.iExitCode, 0);
+    EXPECT_EQ(result.strOutput, "[Warning][OrlixEngine] Allocate memory pool block failed (size = 56).\n");
 }
 
 TEST(CMemAllocator, BigBlockWithoutMemoryGivesNullInSilence) {

@@ -1,5 +1,7 @@
 #include <Orlix/memory/CMemManager.h>
 
+#include <Orlix/foundation/CAutoSync.h>
+#include <Orlix/foundation/CString.h>
 #include <Orlix/memory/CMemAllocator.h>
 #include <Orlix/memory/CMemory.h>
 #include <Orlix/memory/IMemManagerListener.h>
@@ -10,7 +12,7 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
+#include <chrono>
 #include <climits>
 #include <cstring>
 #include <thread>
@@ -25,7 +27,15 @@ class CAccess : public CMemManager {
 public:
     static CMemAllocator& getAllocator() { return *(getInstance()->*(&CAccess::m_pAllocator)); }
     static bool isInRetry() { return getInstance()->*(&CAccess::m_bInRetry); }
+    static CSyncObject& getRetryLock() { return getInstance()->*(&CAccess::m_syncRetry); }
     static IMemManagerListener* getListener() { return getInstance()->*(&CAccess::m_pListener); }
+};
+
+class CAllocatorAccess : public CMemAllocator {
+public:
+    static unsigned int getMask(const CMemAllocator& allocator) {
+        return allocator.*(&CAllocatorAccess::m_uiAlignmentMask);
+    }
 };
 
 // A size that wraps with its header: it fails at once, whatever memory there is.
@@ -88,6 +98,7 @@ TEST_F(CMemManagerTest, PoolTableRunsTo512InStepsOf8) {
         }
     EXPECT_EQ(pExpected - allocator.findFitPool(0), 64);
     EXPECT_EQ(allocator.findFitPool(513), nullptr);
+    EXPECT_EQ(CAllocatorAccess::getMask(allocator), 3u) << "aligned to 4, which the steps of 8 hide";
 }
 
 TEST_F(CMemManagerTest, ServesFromItsPools) {
@@ -111,8 +122,8 @@ TEST_F(CMemManagerTest, NumbersNoClassWithoutAChecker) {
 
 TEST_F(CMemManagerTest, ReportWithoutACheckerWritesNothing) {
     const tagChildResult result = runInChild([] {
-        alignas(16) unsigned char aryUnread[64] = {}; // the path is passed on unread
-        CMemManager::getInstance()->setMemReportFile(reinterpret_cast<const CString&>(aryUnread));
+        CMemManager::getInstance()->setMemReportFile(STRING_NULL);
+        CMemManager::getInstance()->setMemReportFile(CString(L"/nowhere/report"));
         CMemManager::getInstance()->generateMemReportFile();
         return 0;
     });
@@ -160,7 +171,7 @@ TEST_F(CMemManagerTest, ShortageInsideTheListenerGivesNullAtOnce) {
     EXPECT_FALSE(CAccess::isInRetry());
 }
 
-#ifndef ORLIX_TEST_TSAN // the flag is read without the lock by design; only this test makes two threads meet there
+#ifndef ORLIX_TEST_TSAN // flag and listener are read without the lock by design; only here two threads meet there
 TEST_F(CMemManagerTest, OtherThreadThatFailsMeanwhileDoesNotWait) {
     class CThreadListener : public IMemManagerListener {
     public:
@@ -176,7 +187,44 @@ TEST_F(CMemManagerTest, OtherThreadThatFailsMeanwhileDoesNotWait) {
     EXPECT_TRUE(listener.m_bOtherFailed);
     EXPECT_EQ(listener.m_iCalls, 1);
 }
+
+// Fails on a thread of its own while the retry lock is held elsewhere; fnMeanwhile runs when it waits there.
+template <class F> void failWhileTheLockIsHeld(F fnMeanwhile) {
+    std::thread other;
+    {
+        const CAutoSync sync(CAccess::getRetryLock());
+        other = std::thread([] { EXPECT_EQ(CMemory::malloc(IMPOSSIBLE_SIZE, 0), nullptr); });
+        std::this_thread::sleep_for(std::chrono::milliseconds(20)); // lets the thread come to the lock in most runs
+        fnMeanwhile();
+    }
+    other.join();
+}
+
+TEST_F(CMemManagerTest, ThreadThatWaitedForTheLockMakesItsOwnRetry) {
+    CCountingListener listener;
+    CMemManager::getInstance()->setListener(&listener);
+    failWhileTheLockIsHeld([&] { EXPECT_EQ(listener.m_iCalls, 0) << "called outside the lock"; });
+    EXPECT_EQ(listener.m_iCalls, 1);
+}
+
+TEST_F(CMemManagerTest, ListenerTakenAwayWhileAThreadWaitsIsNotCalled) {
+    CCountingListener listener;
+    CMemManager::getInstance()->setListener(&listener);
+    failWhileTheLockIsHeld([] { CMemManager::getInstance()->setListener(nullptr); });
+    EXPECT_EQ(listener.m_iCalls, 0);
+}
 #endif
+
+TEST_F(CMemManagerTest, NeitherSuccessNorAFailureWithoutListenerTakesTheLock) {
+    const CAutoSync sync(CAccess::getRetryLock());
+    std::thread([] { // hangs if it did
+        void* const pBlock = CMemory::malloc(8, 0);
+        EXPECT_NE(pBlock, nullptr);
+        CMemory::free(pBlock);
+        EXPECT_EQ(CMemory::malloc(IMPOSSIBLE_SIZE, 0), nullptr);
+    })
+        .join();
+}
 
 #if !defined(ORLIX_TEST_ASAN) && !defined(ORLIX_TEST_TSAN) // both end the process when memory runs out
 TEST_F(CMemManagerTest, RetrySucceedsWhenTheListenerReleasesMemory) {

@@ -1,6 +1,7 @@
 // A program of its own: the library's objects are linked straight into it, so that its static probes take their place
 // among the library's own. Started plainly it runs itself as the probed program and compares what that printed.
 
+#include <Orlix/foundation/CString.h>
 #include <Orlix/memory/CMemManager.h>
 #include <Orlix/memory/CMemory.h>
 #include <Orlix/system/CPath.h>
@@ -34,6 +35,13 @@ bool isPoolUnit(const void* pBlock) {
     return pOwner != nullptr;
 }
 
+// An object that is not built yet is all zeros; then it has its table of virtual operations in front.
+bool isBuilt(const CObject& object) {
+    const void* pTable = nullptr;
+    std::memcpy(&pTable, static_cast<const void*>(&object), sizeof(pTable));
+    return pTable != nullptr;
+}
+
 // Takes two blocks with its construction and gives one back with its destruction. Everything goes out as wide text,
 // as the library's own lines do.
 class CProbe {
@@ -42,6 +50,8 @@ public:
         m_pKept = CMemory::malloc(40, 0);
         m_pEarly = CMemory::malloc(40, 0);
         std::wprintf(L"%ls: built %ls, block of the %ls\n", m_szName, getManagerState(), getSource(m_pKept));
+        if (isBuilt(STRING_NULL))
+            std::wprintf(L"%ls: sees the null string\n", m_szName);
     }
     CProbe(const CProbe&) = delete;
     CProbe& operator=(const CProbe&) = delete;
@@ -139,8 +149,11 @@ std::string withoutAddresses(std::string strText) {
 #define INVALID_LINE "[Warning][OrlixEngine] Free(0x): Invalid Pointer, Maybe it had been freed or crashed.\n"
 const char EXPECTED[] = "first: built without manager, block of the system heap\n"
                         "before: built without manager, block of the system heap\n"
+                        "before: sees the null string\n"
                         "after: built with manager, block of the pool\n"
+                        "after: sees the null string\n"
                         "last: built with manager, block of the pool\n"
+                        "last: sees the null string\n"
                         "main: with manager\n"
                         "last: frees 0x\n"
                         "after: frees 0x\n"

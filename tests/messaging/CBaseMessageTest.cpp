@@ -16,6 +16,9 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <utility>
+
 using namespace Orlix;
 using namespace OrlixTest;
 
@@ -142,9 +145,128 @@ TEST_F(CBaseMessageTest, DefaultBuiltMessagesAreHarmless) {
     EXPECT_EQ(handle(ime), (VecCall{L"ime "}));
     CMsgVoiceContent voice;
     EXPECT_EQ(handle(voice), (VecCall{L"voice "}));
-    EXPECT_EQ(CMsgRender().getType(), 1u);
-    EXPECT_EQ(CMsgLogicEvent().getType(), 24u);
-    EXPECT_EQ(CMsgDataContext().getType(), 31u);
+}
+
+TEST_F(CBaseMessageTest, DefaultBuiltMessagesHaveTheirTypeAndNothingElse) {
+    const std::pair<std::shared_ptr<CBaseMessage>, unsigned int> aryRow[] = {
+        {std::make_shared<CMsgRender>(), 1},       {std::make_shared<CMsgSystem>(), 10},
+        {std::make_shared<CMsgQuit>(), 11},        {std::make_shared<CMsgGesture>(), 21},
+        {std::make_shared<CMsgHardkey>(), 22},     {std::make_shared<CMsgIME>(), 23},
+        {std::make_shared<CMsgLogicEvent>(), 24},  {std::make_shared<CMsgVoiceContent>(), 25},
+        {std::make_shared<CMsgDataContext>(), 31}, {std::make_shared<CMsgUser>(), 50}};
+    for (const auto& [ptrMessage, uiType] : aryRow) {
+        EXPECT_EQ(ptrMessage->getType(), uiType);
+        EXPECT_EQ(ptrMessage->getID(), 0u) << uiType;
+        EXPECT_TRUE(ptrMessage->getData().isEmpty()) << uiType;
+        EXPECT_EQ(ptrMessage->getRef(), 0) << uiType;
+    }
+}
+
+TEST_F(CBaseMessageTest, ADerivedClassThatNamesNoTypeIsUnknown) {
+    class CPlainMessage : public CBaseMessage {
+    public:
+        void handleMessage() override {}
+    } message;
+    EXPECT_EQ(message.getType(), 0u);
+    EXPECT_EQ(toText(message.getTypeName()), L"Unknown");
+    EXPECT_EQ(message.getID(), 0u);
+}
+
+/** Notes each object it is shown, with the references on it at that moment. */
+class CDataListener : public IMessageCenterListener, public IMsgSystemListener, public IMsgUserListener {
+public:
+    void onHandleSystemMessage(unsigned int, CObject* pData) override { note(pData); }
+    void onHandleGestureMessage(unsigned int, unsigned int, CObject* pData) override { note(pData); }
+    void onHandleDataContextMessage(unsigned int, CObject* pData) override { note(pData); }
+    void onHandleUserMessage(unsigned int, CObject* pData) override { note(pData); }
+    std::vector<std::pair<CObject*, int>> m_vecSeen;
+
+private:
+    void note(CObject* pData) { m_vecSeen.emplace_back(pData, pData->getRef()); }
+};
+
+TEST_F(CBaseMessageTest, ReceiversGetTheObjectItselfWithoutAnotherReference) {
+    CDataListener listener;
+    CMessageCenter::getInstance()->setListener(&listener);
+    CMsgSystem(1, &m_data, &listener).handleMessage();
+    CMsgUser(1, &m_data, &listener).handleMessage();
+    CMsgGesture(1, 1, &m_data).handleMessage();
+    CMsgDataContext(1, &m_data).handleMessage();
+    const std::pair<CObject*, int> seen{&m_data, 2}; // the test's own and the message's
+    EXPECT_EQ(listener.m_vecSeen, (std::vector<std::pair<CObject*, int>>(6, seen)));
+    EXPECT_EQ(m_data.getRef(), 1);
+}
+
+TEST_F(CBaseMessageTest, AListenerThatOverridesNothingTakesEverything) {
+    IMessageCenterListener listener;
+    CMessageCenter::getInstance()->setListener(&listener);
+    CMsgRender(1).handleMessage();
+    CMsgSystem(1, &m_data, nullptr).handleMessage();
+    CMsgQuit().handleMessage();
+    CMsgGesture(1, 1, &m_data).handleMessage();
+    CMsgHardkey(1, 1).handleMessage();
+    CMsgIME(L"x").handleMessage();
+    CMsgLogicEvent(1).handleMessage();
+    CMsgVoiceContent(L"x").handleMessage();
+    CMsgDataContext(1, &m_data).handleMessage();
+    CMsgUser(1, &m_data, nullptr).handleMessage();
+    CMessageCenter::getInstance()->pushQuitMessage();
+    EXPECT_EQ(m_data.getRef(), 1);
+    EXPECT_EQ(CMessageCenter::getInstance()->getMessageCount(), 1u);
+}
+
+TEST_F(CBaseMessageTest, WithoutAnyListenerAMessageIsConsumedWithoutEffect) {
+    CMessageCenter::getInstance()->setListener(nullptr);
+    const std::shared_ptr<CBaseMessage> aryMessage[] = {std::make_shared<CMsgRender>(1),
+                                                        std::make_shared<CMsgSystem>(1, &m_data, nullptr),
+                                                        std::make_shared<CMsgQuit>(),
+                                                        std::make_shared<CMsgGesture>(1, 1, &m_data),
+                                                        std::make_shared<CMsgHardkey>(1, 1),
+                                                        std::make_shared<CMsgIME>(L"x"),
+                                                        std::make_shared<CMsgLogicEvent>(1),
+                                                        std::make_shared<CMsgVoiceContent>(L"x"),
+                                                        std::make_shared<CMsgDataContext>(1, &m_data),
+                                                        std::make_shared<CMsgUser>(1, &m_data, nullptr)};
+    for (const auto& ptrMessage : aryMessage)
+        EXPECT_EQ(handle(*ptrMessage), VecCall{}) << ptrMessage->getType();
+}
+
+TEST_F(CBaseMessageTest, TextsAreCopied) {
+    CString strText(L"first");
+    CMsgIME ime(strText);
+    CMsgVoiceContent voice(strText);
+    strText = L"second";
+    EXPECT_EQ(handle(ime), (VecCall{L"ime first"}));
+    EXPECT_EQ(handle(voice), (VecCall{L"voice first"}));
+}
+
+TEST_F(CBaseMessageTest, ReplacingTheDataReleasesTheOldObjectAfterTheNewOneIsHeld) {
+    CObject other;
+    other.addRef();
+    CMsgDataContext message(1, &m_data);
+    message.setData(&other);
+    EXPECT_EQ(m_data.getRef(), 1);
+    EXPECT_EQ(other.getRef(), 2);
+    // The old object holds the only reference on the new one.
+    class CHolder : public CObject {
+    public:
+        explicit CHolder(bool& bAlive) : m_ptrHeld(new CHeld(bAlive)) {}
+        struct CHeld : CObject {
+            explicit CHeld(bool& bAlive) : m_bAlive(bAlive) { m_bAlive = true; }
+            ~CHeld() override { m_bAlive = false; }
+            bool& m_bAlive;
+        };
+        CObjectPtr<CObject> m_ptrHeld;
+    };
+    bool bAlive = false;
+    auto* const pHolder = new CHolder(bAlive);
+    message.setData(pHolder);
+    EXPECT_EQ(other.getRef(), 1);
+    message.setData(pHolder->m_ptrHeld.getPtr());
+    EXPECT_TRUE(bAlive);
+    EXPECT_EQ(message.getData()->getRef(), 2); // the message's and the temporary's
+    message.setData(nullptr);
+    EXPECT_FALSE(bAlive);
 }
 
 TEST_F(CBaseMessageTest, HoldsOneReferenceOnItsData) {

@@ -1,11 +1,15 @@
 #include <Orlix/messaging/CMessageCenter.h>
 
+#include <Orlix/foundation/CStringConverter.h>
 #include <Orlix/messaging/CMessageCenterProxy.h>
 #include <Orlix/messaging/CMsgRender.h>
 #include <Orlix/messaging/CMsgUser.h>
 #include <Orlix/threading/CTime.h>
 
 #include "messaging/RecordingListener.h"
+#include "support/ChildProcess.h"
+#include "support/MemoryLimit.h"
+#include "support/Sanitizer.h"
 
 #include <gtest/gtest.h>
 
@@ -184,6 +188,36 @@ TEST_F(CMessageCenterTest, OnEqualSpansTheLaterEntryWins) {
     }
 }
 
+TEST_F(CMessageCenterTest, OnlyTheListThatDeliversIsMarkedWithTheTick) {
+    for (unsigned int i = 0; i < 4; ++i)
+        m_pCenter->m_arrListInfo[i].uiLastTime = CTime::getTickCount() - 5000;
+    const unsigned int uiOld = m_pCenter->m_arrListInfo[0].uiLastTime;
+    push(31);
+    const unsigned int uiBefore = CTime::getTickCount();
+    EXPECT_EQ(pop().first, 31u);
+    push(10);
+    EXPECT_EQ(pop().first, 10u);
+    for (unsigned int i = 0; i < 4; ++i) {
+        const auto& info = m_pCenter->m_arrListInfo[i];
+        if (info.uiListType == 2) {
+            EXPECT_GE(info.uiLastTime, uiBefore);
+            EXPECT_LE(info.uiLastTime, CTime::getTickCount());
+        } else {
+            EXPECT_NEAR(info.uiLastTime, uiOld, 1000) << info.uiListType;
+        }
+    }
+}
+
+TEST_F(CMessageCenterTest, ARepeatLeavesTheTailAndGoesItself) {
+    push(20, 0);
+    push(20, 1);
+    auto* const pFirst = new CAnyMessage(1, 5);
+    m_pCenter->pushMessage(pFirst);
+    push(1, 5);
+    EXPECT_EQ(m_pCenter->m_lstInput.getAt(2), pFirst);
+    EXPECT_EQ(m_pCenter->getMessageCount(), 3u);
+}
+
 TEST_F(CMessageCenterTest, PoppedMessagesHaveOneReference) {
     push(20);
     const CObjectPtr<CBaseMessage> ptr = m_pCenter->popMessage();
@@ -248,6 +282,82 @@ TEST_F(CMessageCenterTest, PurgingASingleListRemovesEveryEarlierOneButNotTheTail
     EXPECT_EQ(read(lst), (VecEntry{{1, 6}}));
 }
 
+TEST_F(CMessageCenterTest, PurgingReachesRepaintsThatCameByTheSingleSteps) {
+    m_pCenter->pushInputMessage(new CAnyMessage(1, 5));
+    m_pCenter->pushInputMessage(new CAnyMessage(1, 5));
+    m_pCenter->pushInputMessage(new CAnyMessage(20, 0));
+    push(1, 5);
+    EXPECT_EQ(read(m_pCenter->m_lstInput), (VecEntry{{20, 0}, {1, 5}}));
+    m_pCenter->clearMessageList();
+    COpenCenter center;
+    center.pushRenderMessage(center.m_lstInput, new CAnyMessage(1, 5), false);
+    center.pushInputMessage(new CAnyMessage(20, 0));
+    center.pushRenderMessage(center.m_lstInput, new CAnyMessage(1, 5), false);
+    center.pushInputMessage(new CAnyMessage(20, 1));
+    center.pushMessage(new CAnyMessage(1, 5));
+    EXPECT_EQ(read(center.m_lstInput), (VecEntry{{20, 0}, {20, 1}, {1, 5}}));
+}
+
+TEST_F(CMessageCenterTest, SingleStepsAppendWhateverTheType) {
+    m_pCenter->pushUserMessage(new CAnyMessage(7, 1));
+    EXPECT_EQ(m_pCenter->m_eLastList, 4u);
+    m_pCenter->pushInputMessage(new CAnyMessage(7, 2));
+    EXPECT_EQ(m_pCenter->m_eLastList, 1u);
+    m_pCenter->pushDataMessage(new CAnyMessage(7, 3));
+    EXPECT_EQ(m_pCenter->m_eLastList, 2u);
+    m_pCenter->pushTimerMessage(new CAnyMessage(7, 4));
+    EXPECT_EQ(m_pCenter->m_eLastList, 3u);
+    m_pCenter->pushSystemMessage(new CAnyMessage(7, 5));
+    EXPECT_EQ(m_pCenter->m_eLastList, 3u);
+    EXPECT_EQ(read(m_pCenter->m_lstSystem), (VecEntry{{7, 1}, {7, 5}}));
+    EXPECT_EQ(read(m_pCenter->m_lstInput), (VecEntry{{7, 2}}));
+    EXPECT_EQ(read(m_pCenter->m_lstData), (VecEntry{{7, 3}}));
+    EXPECT_EQ(read(m_pCenter->m_lstTimer), (VecEntry{{7, 4}}));
+    EXPECT_EQ(read(m_pCenter->m_lstUser), VecEntry{});
+    EXPECT_EQ(m_listener.m_iAvailable, 0) << "only pushMessage tells the listener";
+}
+
+TEST_F(CMessageCenterTest, SingleStepsIgnoreANullMessage) {
+    push(40, 1);
+    m_pCenter->pushSystemMessage(nullptr);
+    m_pCenter->pushInputMessage(nullptr);
+    m_pCenter->pushDataMessage(nullptr);
+    m_pCenter->pushTimerMessage(nullptr);
+    m_pCenter->pushUserMessage(nullptr);
+    m_pCenter->pushRenderMessage(m_pCenter->m_lstTimer, nullptr, true);
+    EXPECT_EQ(m_pCenter->getMessageCount(), 1u);
+    EXPECT_EQ(m_pCenter->m_eLastList, 3u);
+}
+
+#if !defined(ORLIX_TEST_ASAN) && !defined(ORLIX_TEST_TSAN) // both end the process when memory runs out
+TEST_F(CMessageCenterTest, WithoutMemoryForItsPlaceAMessageIsDeletedAndStillTold) {
+    const tagChildResult result = runInChild([this] {
+        const unsigned int aryType[] = {1, 10, 11, 20, 31, 40, 50};
+        CAnyMessage* aryMessage[std::size(aryType)];
+        for (unsigned int i = 0; i < std::size(aryType); ++i)
+            aryMessage[i] = new CAnyMessage(aryType[i], 3);
+        CAnyMessage* const pStep = new CAnyMessage(20, 3);
+        CStringConverter::printf(L"\n"); // the stream takes its buffers while there is memory
+        if (!limitMemory(0))
+            return 1;
+        for (const unsigned int uiSize : {100000u, 1000u, 1u})
+            while (CMemory::malloc(uiSize, 0)) {}
+        while (new CObjectList<CBaseMessage>::tagNode) {}
+        for (CAnyMessage* const pMessage : aryMessage) {
+            const int iAlive = CAnyMessage::s_iAlive;
+            m_pCenter->pushMessage(pMessage);
+            if (CAnyMessage::s_iAlive != iAlive - 1)
+                return 2;
+        }
+        if (m_listener.m_iAvailable != int(std::size(aryType)) || m_pCenter->getMessageCount() != 0)
+            return 3;
+        m_pCenter->pushInputMessage(pStep);
+        return CAnyMessage::s_iAlive == 0 ? 0 : 4;
+    });
+    EXPECT_EQ(result.iExitCode, 0);
+}
+#endif
+
 TEST_F(CMessageCenterTest, FindsARenderInTheTrailingRunOnly) {
     CObjectList<CBaseMessage> lst;
     EXPECT_FALSE(m_pCenter->hasRenderMessageAtLast(lst, 5));
@@ -296,6 +406,9 @@ TEST_F(CMessageCenterTest, ModifierKeysFollowTheirStates) {
                 EXPECT_EQ(readKeys(), key.iPressed) << "other states change nothing";
                 m_pCenter->pushHardkeyMessage(key.uiKey, uiUp);
                 EXPECT_EQ(readKeys(), 0);
+                m_pCenter->pushHardkeyMessage(key.uiKey, 0);
+                m_pCenter->pushHardkeyMessage(key.uiKey, 6);
+                EXPECT_EQ(readKeys(), 0) << "other states press nothing either";
             }
         }
     }
@@ -364,13 +477,14 @@ TEST_F(CMessageCenterTest, PostsEveryKind) {
 
 TEST_F(CMessageCenterTest, TheProxyReadsTheKeysAndPostsNothing) {
     CMessageCenter* const pCenter = CMessageCenter::getInstance();
-    EXPECT_FALSE(CMessageCenterProxy::isCtrlKeyPress());
-    pCenter->pushHardkeyMessage(16, 1);
+    for (const unsigned int uiKey : {16u, 17u, 18u}) {
+        pCenter->pushHardkeyMessage(uiKey, 1);
+        EXPECT_EQ(CMessageCenterProxy::isShiftKeyPress(), uiKey == 16);
+        EXPECT_EQ(CMessageCenterProxy::isCtrlKeyPress(), uiKey == 17);
+        EXPECT_EQ(CMessageCenterProxy::isAltKeyPress(), uiKey == 18);
+        pCenter->pushHardkeyMessage(uiKey, 4);
+    }
     pCenter->pushHardkeyMessage(17, 1);
-    pCenter->pushHardkeyMessage(18, 1);
-    EXPECT_TRUE(CMessageCenterProxy::isCtrlKeyPress());
-    EXPECT_TRUE(CMessageCenterProxy::isShiftKeyPress());
-    EXPECT_TRUE(CMessageCenterProxy::isAltKeyPress());
     pCenter->clearMessageList();
     CMessageCenterProxy::pushSystemMessage(1, nullptr, nullptr);
     CMessageCenterProxy::pushGestureMessage(1, 1, nullptr);
@@ -527,6 +641,47 @@ TEST_F(CMessageCenterTest, BehavesLikeItsModel) {
             model.erase([](unsigned int, unsigned int) { return true; });
         }
     }
+}
+
+// The closing switch, the listener and the keys are plain fields: another thread may change them while messages come.
+TEST_F(CMessageCenterTest, SwitchesMayBeThrownWhileOthersPush) {
+    constexpr int PUSHES = 20000;
+    class CWaking : public IMessageCenterListener {
+    public:
+        void onMessageAvailable() override { ++m_iAvailable; }
+        std::atomic<int> m_iAvailable{0};
+    } waking;
+    std::atomic<bool> bDone{false};
+    std::thread switcher([&] {
+        while (!bDone) {
+            m_pCenter->lock();
+            m_pCenter->setListener(nullptr);
+            m_pCenter->unlock();
+            m_pCenter->setListener(&waking);
+        }
+    });
+    std::thread typist([&] {
+        for (unsigned int i = 0; i < PUSHES; ++i)
+            m_pCenter->pushHardkeyMessage(16 + i % 3, 1 + i % 5);
+    });
+    int iSeen = 0;
+    for (int i = 0; i < PUSHES; ++i) {
+        push(20, 1);
+        iSeen += m_pCenter->isCtrlKeyPress() || m_pCenter->isShiftKeyPress() || m_pCenter->isAltKeyPress();
+        iSeen += m_pCenter->isLocked();
+    }
+    typist.join();
+    bDone = true;
+    switcher.join();
+    EXPECT_LE(iSeen, 2 * PUSHES);
+    EXPECT_LE(waking.m_iAvailable, 2 * PUSHES);
+    EXPECT_LE(m_pCenter->getMessageCount(), 2u * PUSHES);
+    EXPECT_FALSE(m_pCenter->isLocked());
+    m_pCenter->clearMessageList();
+    const int iBefore = waking.m_iAvailable;
+    push(20, 1);
+    EXPECT_EQ(waking.m_iAvailable, iBefore + 1);
+    EXPECT_EQ(m_pCenter->getMessageCount(), 1u);
 }
 
 TEST_F(CMessageCenterTest, UnderLoadNothingIsLostDoubledOrReorderedPerProducer) {

@@ -12,7 +12,7 @@ trap 'rm -rf "$scratch"' EXIT
 "$cmake" --install "$build" --prefix "$scratch/usr" >/dev/null
 libdir=$(dirname "$(find "$scratch/usr" -name orlix.pc)")/..
 
-"$cmake" -S "$consumer" -B "$scratch/build" -DCMAKE_PREFIX_PATH="$scratch/usr" -DCMAKE_CXX_COMPILER="$cxx" \
+"$cmake" -G Ninja -S "$consumer" -B "$scratch/build" -DCMAKE_PREFIX_PATH="$scratch/usr" -DCMAKE_CXX_COMPILER="$cxx" \
     -DCMAKE_CXX_FLAGS="$flags" >/dev/null
 "$cmake" --build "$scratch/build" >/dev/null
 "$scratch/build/consumer"

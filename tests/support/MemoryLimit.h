@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdio>
+#include <cstdlib>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -20,5 +21,15 @@ inline bool limitMemory(unsigned long uiExtraBytes) {
 inline bool unlimitMemory() {
     const rlimit limit{RLIM_INFINITY, RLIM_INFINITY};
     return setrlimit(RLIMIT_AS, &limit) == 0;
+}
+
+/** Takes all that the limited process can still have from the system heap, down to the smallest block. A thread that
+ *  ended earlier leaves a reserve behind, and the heap tries only one of those for each request that fails. */
+inline void useUpMemory() {
+    constexpr int TRIES = 64;
+    void* volatile pTaken = nullptr; // keeps the compiler from leaving the unused blocks out
+    for (std::size_t uiSize = std::size_t{1} << 20; uiSize >= 8; uiSize = uiSize > 1024 ? uiSize / 2 : uiSize - 8)
+        for (int iFailed = 0; iFailed < TRIES; iFailed = pTaken ? 0 : iFailed + 1)
+            pTaken = std::malloc(uiSize);
 }
 } // namespace OrlixTest

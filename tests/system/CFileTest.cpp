@@ -3,6 +3,7 @@
 #include <Orlix/system/CImpFile.h>
 
 #include "support/ChildProcess.h"
+#include "support/Descriptors.h"
 #include "support/OrdinaryUser.h"
 #include "support/TempFolder.h"
 
@@ -19,6 +20,7 @@
 #include <vector>
 
 using namespace Orlix;
+using OrlixTest::countDescriptors;
 using OrlixTest::CTempFolder;
 using OrlixTest::giveToOrdinaryUser;
 using OrlixTest::readWhole;
@@ -118,8 +120,9 @@ TEST(CFile, AMissingFileIsNotOpenedForReadingAndNotMade) {
 
 TEST(CFile, NeedsAPathAndAMode) {
     const CTempFolder temp;
-    CFile file;
-    EXPECT_FALSE(file.open(CString(), L"wb"));
+    CFileProbe file;
+    EXPECT_FALSE(file.open(CString(), L"rb"));
+    EXPECT_FALSE(file.isReadMode()) << "nothing was begun";
     EXPECT_FALSE(file.open(L"", L"wb"));
     EXPECT_FALSE(file.open(CString(), false));
     EXPECT_FALSE(file.open(L"", true));
@@ -299,22 +302,21 @@ TEST(CFile, TheDestructorCloses) {
     EXPECT_EQ(readWhole(temp / "a"), "content");
 }
 
-TEST(CFile, KeepsNoDescriptorOnceClosed) {
+TEST(CFile, NoDescriptorIsLeftOver) {
     const CTempFolder temp;
-    const int iFree = ::open("/dev/null", O_RDONLY);
-    ::close(iFree);
-    for (int i = 0; i < 3; ++i) {
+    const std::ptrdiff_t iBefore = countDescriptors();
+    {
         CFile file;
         ASSERT_TRUE(file.open(toText(temp / "a"), L"wb"));
         ASSERT_TRUE(file.open(toText(temp / "a"), L"rb"));
+        EXPECT_EQ(countDescriptors(), iBefore + 1);
         CFile::isReadOnly(toText(temp / "a"));
         CFile::setWritable(toText(temp / "a"));
         CFile::getLastModifyTime(toText(temp / "a"));
         CFile::copyFile(toText(temp / "a"), toText(temp / "b"), true);
+        EXPECT_EQ(countDescriptors(), iBefore + 1);
     }
-    const int iNext = ::open("/dev/null", O_RDONLY);
-    ::close(iNext);
-    EXPECT_EQ(iNext, iFree);
+    EXPECT_EQ(countDescriptors(), iBefore);
 }
 
 /** Runs fnBody where no file can grow beyond uiBytes, as on a disk that is full then. */

@@ -5,7 +5,10 @@
 #include <Orlix/system/CImpFolder.h>
 #include <Orlix/system/CPath.h>
 
+#include "support/Descriptors.h"
+#include "support/MemoryLimit.h"
 #include "support/OrdinaryUser.h"
+#include "support/Sanitizer.h"
 #include "support/TempFolder.h"
 
 #include <gtest/gtest.h>
@@ -20,6 +23,7 @@
 #include <vector>
 
 using namespace Orlix;
+using OrlixTest::countDescriptors;
 using OrlixTest::CTempFolder;
 using OrlixTest::giveToOrdinaryUser;
 using OrlixTest::readWhole;
@@ -188,6 +192,16 @@ TEST(CFolder, OpensLinksAsTheSystemFollowsThem) {
     EXPECT_FALSE(folder.open(toText(temp / "circle")));
 }
 
+TEST(CFolder, NoDescriptorIsLeftOver) {
+    const CTempFolder temp;
+    writeWhole(temp / "a", "");
+    const std::ptrdiff_t iBefore = countDescriptors();
+    CFolder folder;
+    ASSERT_TRUE(folder.open(toText(temp.getPath())));
+    EXPECT_FALSE(CFolder().open(toText(temp / "a")));
+    EXPECT_EQ(countDescriptors(), iBefore) << "an open folder holds its entries, not the folder";
+}
+
 TEST(CImpFolder, AppendsToWhatTheArrayHolds) {
     const CTempFolder temp;
     writeWhole(temp / "a", "");
@@ -278,6 +292,25 @@ TEST(CFolder, NamesMayHaveAnyCharacters) {
     ASSERT_EQ(folder.getEntryCount(), 1u);
     EXPECT_TRUE(folder.getEntry(0)->strPath == strPath + L"/\U0001F600.txt");
 }
+
+#if !defined(ORLIX_TEST_ASAN) && !defined(ORLIX_TEST_TSAN)
+TEST(CFolder, AFolderWithoutMemoryForAllItsEntriesIsNotOpened) {
+    const CTempFolder temp;
+    makeFolder(temp / "small");
+    for (int i = 0; i < 8000; ++i) // some 18 MB, more than earlier tests can have left in the heap
+        writeWhole(temp / (std::string(240, 'n') + std::to_string(i)), "");
+    const int iCode = runInChild([&] {
+                          CFolder folder;
+                          if (!folder.open(toText(temp / "small")) || !OrlixTest::limitMemory(1000000))
+                              return 1;
+                          if (folder.open(toText(temp.getPath())) || folder.getEntryCount() != 0)
+                              return 2;
+                          OrlixTest::unlimitMemory();
+                          return folder.open(toText(temp.getPath())) && folder.getEntryCount() == 8001 ? 0 : 3;
+                      }).iExitCode;
+    EXPECT_EQ(iCode, 0);
+}
+#endif
 
 // ---- Names that are no valid text
 
@@ -647,7 +680,7 @@ TEST(CFolder, FindsByExtensionAsAModelDoes) {
         makeTree(temp / "x.txt", random);
         for (const FPaths& aryExtension :
              {FPaths{"txt"}, FPaths{"TXT"}, FPaths{"gz", "Png"}, FPaths{""}, FPaths{"*"}, FPaths{"png", "*", "txt"},
-              FPaths{"tar.gz"}, FPaths{".txt"}, FPaths{"t*"}, FPaths{}}) {
+              FPaths{"tar.gz"}, FPaths{".txt"}, FPaths{"t*"}, FPaths{"*t"}, FPaths{}}) {
             const bool bRecursive = random() % 2 == 0;
             FPaths aryExpected;
             findByModel(

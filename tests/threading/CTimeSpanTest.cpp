@@ -10,6 +10,7 @@ using namespace Orlix;
 namespace {
 
 static_assert(std::is_base_of<CObject, CTimeSpan>::value, "a span is an object");
+static_assert(sizeof(CTimeSpan) == sizeof(CObject) + 8, "64 bits of seconds are all it adds");
 
 TEST(CTimeSpan, DefaultIsNoTime) {
     const CTimeSpan span;

@@ -43,6 +43,28 @@ public:
     static unsigned int getStart() { return s_ulStartTickCount; }
 };
 
+/** Reaches the fields, also for values that construction would move. */
+class CFieldProbe : public CTime {
+public:
+    CFieldProbe(unsigned short usYear, unsigned short usMonth, unsigned short usDay) {
+        m_usYear = usYear;
+        m_usMonth = usMonth;
+        m_usDay = usDay;
+        m_usHour = m_usMinute = m_usSecond = m_usMilliSecond = 65535;
+    }
+
+    /** Whether the fields follow one another without a gap, the most significant first. */
+    bool isInOrder() const {
+        const unsigned short* const aryField[] = {&m_usYear,   &m_usMonth,  &m_usDay,        &m_usHour,
+                                                  &m_usMinute, &m_usSecond, &m_usMilliSecond};
+        const char* const pStart = reinterpret_cast<const char*>(&m_usYear);
+        for (int i = 0; i < 7; ++i)
+            if (reinterpret_cast<const char*>(aryField[i]) != pStart + i * 2)
+                return false;
+        return true;
+    }
+};
+
 const unsigned int START_AT_LOAD = CTickProbe::getStart(); // read before any test could start the tick
 
 timespec tickOf(long lMilliSeconds) { return {lMilliSeconds / 1000, lMilliSeconds % 1000 * 1000000}; }
@@ -58,6 +80,8 @@ TEST(CTime, DefaultIsTheZeroDate) {
     EXPECT_EQ(time.getTotalSeconds(), 0);
     EXPECT_EQ(time.getDayOfWeek(), 1u) << "a Monday";
 }
+
+TEST(CTime, FieldsStandInOrderOfTheirWeight) { EXPECT_TRUE(CFieldProbe(1, 2, 3).isInOrder()); }
 
 TEST(CTime, CopiesCarryAllFields) {
     const CTime source(2024, 2, 29, 13, 14, 15, 167);
@@ -152,6 +176,35 @@ TEST(CTime, CenturiesAreLeapYearsOnlyEveryFourHundredYears) {
     EXPECT_TRUE(dateOf(2000, 1, 1).isLeapYear());
     EXPECT_TRUE(dateOf(2024, 1, 1).isLeapYear());
     EXPECT_FALSE(dateOf(2023, 1, 1).isLeapYear());
+}
+
+TEST(CTime, ValidDateLooksAtEachFieldOfTheDateAndAtNoOther) {
+    const struct {
+        unsigned short usYear, usMonth, usDay;
+        bool bValid;
+    } aryRow[] = {{1, 1, 1, true},      {9999, 12, 31, true},   {2024, 2, 29, true}, {2023, 2, 29, false},
+                  {2023, 4, 30, true},  {2023, 4, 31, false},   {2023, 1, 0, false}, {2023, 1, 32, false},
+                  {2023, 0, 1, false},  {2023, 13, 1, false},   {0, 1, 1, false},    {10000, 1, 1, false},
+                  {65535, 1, 1, false}, {2023, 65535, 1, false}};
+    for (const auto& row : aryRow) {
+        const CFieldProbe time(row.usYear, row.usMonth, row.usDay); // its time of day is out of range
+        EXPECT_EQ(time.isValidDate(), row.bValid) << textOf(time);
+    }
+}
+
+TEST(CTime, RectifyDayMovesTheDayIntoItsMonthAndNothingElse) {
+    const struct {
+        CFieldProbe time;
+        const char* szText;
+    } aryRow[] = {
+        {{2023, 2, 0}, "2023-2-1 65535:65535:65535.65535"},     {{2023, 2, 28}, "2023-2-28 65535:65535:65535.65535"},
+        {{2023, 2, 29}, "2023-2-28 65535:65535:65535.65535"},   {{2024, 2, 65535}, "2024-2-29 65535:65535:65535.65535"},
+        {{10000, 4, 31}, "10000-4-30 65535:65535:65535.65535"}, {{2023, 13, 5}, "2023-13-1 65535:65535:65535.65535"}};
+    for (const auto& row : aryRow) {
+        CFieldProbe time(row.time);
+        time.rectifyDay();
+        EXPECT_EQ(textOf(time), row.szText) << textOf(row.time);
+    }
 }
 
 TEST(CTime, DaysOfTheWeekCountFromSunday) {
@@ -483,6 +536,17 @@ TEST(CImpTime, UsesTheSecondReadingsWhenTheSecondChanges) {
 TEST(CImpTime, TakesTheSecondsFromTheCoarseClockOnly) {
     EXPECT_EQ(currentTimeIn("UTC0", {1000000000, 5000}, 999999999, {1000000000, 6000}, 1000000000),
               "2001-9-9 1:46:39.5 gtgt");
+    EXPECT_EQ(currentTimeIn("UTC0", {999999999, 999000}, 999999998, {1000000000, 6000}, 999999999),
+              "2001-9-9 1:46:39.6 gtgt");
+}
+
+TEST(CImpTime, LastYearOfTheSystemsCalendarIsStoredIn16Bits) {
+    constexpr time_t LAST = 67768036191676799; // the year 2147485547, 1900 beyond the largest int
+    EXPECT_EQ(currentTimeIn("UTC0", {LAST, 0}, LAST, {LAST, 0}, LAST), "1899-12-31 23:59:59.0 gtgt");
+}
+
+TEST(CImpTime, ClockThatNoCalendarHoldsGivesTheZeroDate) {
+    EXPECT_EQ(currentTimeIn("UTC0", {LONG_MAX, 0}, LONG_MAX, {LONG_MAX, 0}, LONG_MAX), "1-1-1 0:0:0.0 gtgt");
 }
 
 TEST(CImpTime, ConvertsToTheLocalZone) {

@@ -58,6 +58,8 @@ public:
     bool hasChild(const CString& strName) const;
     /** @return the first child of that name, still owned here; null if there is none. */
     CXMLElement* getSingleChild(const CString& strName) const;
+    /** A child in document order, still owned here; null past the end. */
+    CXMLElement* getChildAt(unsigned int uiIndex) const noexcept { return m_aryChildren[uiIndex]; }
     /** Appends all children of that name, still owned here, to what the array holds. */
     void getChildren(const CString& strName, CDataArray<CXMLElement*>& aryChildren) const;
 

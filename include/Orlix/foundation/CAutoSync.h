@@ -5,7 +5,9 @@
 
 namespace Orlix {
 
-/** Holds a lock from its construction to its destruction, on every exit of the block. */
+/** Holds a lock from its construction to its destruction, on every exit of the block.
+ *
+ *  Threads: made and destroyed on the same thread, so keep it a local. */
 class ORLIX_API CAutoSync : public CObject {
 public:
     /** @param syncObject must outlive this object. */

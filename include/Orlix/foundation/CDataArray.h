@@ -2,6 +2,7 @@
 
 #include <Orlix/foundation/CObject.h>
 
+#include <algorithm>
 #include <climits>
 #include <new>
 #include <type_traits>
@@ -52,7 +53,9 @@ public:
 
     /** Appends a copy; tElement may be an element of this array. Dropped when there is no memory. */
     void add(const T& tElement) {
-        if (m_uiSize < m_uiAllocated)
+        if constexpr (std::is_scalar_v<T>)
+            addScalar(tElement);
+        else if (m_uiSize < m_uiAllocated)
             m_pData[m_uiSize++] = tElement;
         else
             growAndAdd(tElement);
@@ -65,17 +68,20 @@ public:
         m_tDefault = T();
         return m_tDefault;
     }
-    const T& operator[](unsigned int uiIndex) const { return uiIndex < m_uiSize ? m_pData[uiIndex] : m_tDefault; }
+    const T& operator[](unsigned int uiIndex) const {
+        // A branch that is foretold costs less than choosing between two addresses.
+        if (__builtin_expect_with_probability(uiIndex < m_uiSize, 1, 1.0))
+            return m_pData[uiIndex];
+        return m_tDefault;
+    }
     T& getAt(unsigned int uiIndex) { return (*this)[uiIndex]; }
     const T& getAt(unsigned int uiIndex) const { return (*this)[uiIndex]; }
 
     /** @return the first index whose element equals tElement, -1 if there is none. */
     int find(const T& tElement) const {
-        for (unsigned int i = 0; i < m_uiSize; ++i) {
-            if (m_pData[i] == tElement)
-                return static_cast<int>(i);
-        }
-        return -1;
+        const T* const pEnd = m_pData + m_uiSize;
+        const T* const pFound = std::find<const T*>(m_pData, pEnd, tElement);
+        return pFound == pEnd ? -1 : static_cast<int>(pFound - m_pData);
     }
 
     /** Removes one element and keeps the order of the others; past the end nothing happens. */
@@ -125,21 +131,34 @@ protected:
     unsigned int m_uiAllocated; // slots that m_pData really has; below m_uiCapacity only after a failed growth
 
 private:
+    // By value, as the element may live in the buffer that is about to go. The size is written last: for all that the
+    // compiler knows, storing an int may change it, and then it would be read back for each element of a row.
+    void addScalar(T tElement) {
+        const unsigned int uiSize = m_uiSize;
+        if (uiSize >= m_uiAllocated && !growByOne())
+            return;
+        m_pData[uiSize] = tElement;
+        m_uiSize = uiSize + 1;
+    }
+
     void growAndAdd(const T& tElement) {
         T tCopy(tElement); // the element may live in the buffer that is about to go
-        if (m_uiSize == UINT_MAX)
-            return;
-        ensureCapacity(m_uiSize + 1);
-        if (m_uiSize < m_uiAllocated)
+        if (growByOne())
             m_pData[m_uiSize++] = std::move(tCopy);
+    }
+
+    [[gnu::noinline]] bool growByOne() {
+        if (m_uiSize == UINT_MAX)
+            return false;
+        ensureCapacity(m_uiSize + 1);
+        return m_uiSize < m_uiAllocated;
     }
 
     void reallocate() {
         T* const pData = allocBuffer(m_uiCapacity);
         if (!pData)
             return;
-        for (unsigned int i = 0; i < m_uiSize; ++i)
-            pData[i] = std::move(m_pData[i]);
+        std::move(m_pData, m_pData + m_uiSize, pData);
         freeBuffer(m_pData, m_uiAllocated);
         m_pData = pData;
         m_uiAllocated = m_uiCapacity;

@@ -7,8 +7,10 @@
 
 namespace Orlix {
 
-/** A recursive POSIX mutex. Results of the system calls are not looked at. */
-class ORLIX_API CImpSyncObject final : public ISyncObject {
+/** A recursive POSIX mutex. Results of the system calls are not looked at.
+ *
+ *  Threads: any operation from any thread; CSyncObject owns it. */
+class ORLIX_API CImpSyncObject : public ISyncObject {
     ORLIX_HEAP_CLASS(L"CImpSyncObject")
 
 public:

@@ -43,7 +43,7 @@ public:
     CObject& operator=(const CObject&) noexcept { return *this; }
 
     /** Does not look at the count. */
-    virtual ~CObject();
+    virtual ~CObject() = default;
 
     /** Brings a pooled object back to its first state; does nothing unless a class says otherwise. */
     virtual void reset();
@@ -55,6 +55,7 @@ public:
      *  @return the references left. An object without references stays as it is. */
     int release();
 
+    /** @return the references held; 0 for an object that is owned outright. */
     int getRef() const noexcept { return m_iRef; }
 
     /** @param pPool takes the object back when its last reference goes; not owned, null for none. */

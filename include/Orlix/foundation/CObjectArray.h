@@ -3,6 +3,7 @@
 #include <Orlix/foundation/CDataArray.h>
 #include <Orlix/foundation/COwningContainer.h>
 
+#include <algorithm>
 #include <climits>
 
 namespace Orlix {
@@ -30,14 +31,11 @@ public:
 
     /** Appends; null is an element like any other. */
     void add(T* pObject) {
-        if (m_uiSize >= m_uiAllocated) {
-            if (m_uiSize == UINT_MAX)
-                return;
-            ensureCapacity(m_uiSize + 1);
-            if (m_uiSize >= m_uiAllocated)
-                return;
-        }
-        m_ppData[m_uiSize++] = pObject;
+        const unsigned int uiSize = m_uiSize;
+        if (uiSize >= m_uiAllocated && !growByOne())
+            return;
+        m_ppData[uiSize] = pObject;
+        m_uiSize = uiSize + 1;
     }
 
     /** The object, still owned here; null past the end. */
@@ -72,7 +70,7 @@ public:
 
     /** Removes all elements, deletes the owned ones from the first on, and frees the buffer. */
     void clear() {
-        for (unsigned int i = 0; i < m_uiSize; ++i) // the size is read anew: a destructor may remove others
+        for (unsigned int i = 0; m_bOwn && i < m_uiSize; ++i) // the size is read anew: a destructor may remove others
             deleteIfOwned(m_ppData[i]);
         if (m_ppData)
             CMemory::free(m_ppData);
@@ -103,16 +101,20 @@ protected:
     unsigned int m_uiAllocated; // slots that m_ppData really has; below m_uiCapacity only after a failed growth
 
 private:
+    [[gnu::noinline]] bool growByOne() {
+        if (m_uiSize == UINT_MAX)
+            return false;
+        ensureCapacity(m_uiSize + 1);
+        return m_uiSize < m_uiAllocated;
+    }
+
     void reallocate() {
         if (m_uiCapacity > UINT_MAX / sizeof(T*))
             return;
         T** const ppData = static_cast<T**>(CMemory::malloc(static_cast<unsigned int>(m_uiCapacity * sizeof(T*)), 0));
         if (!ppData)
             return;
-        for (unsigned int i = 0; i < m_uiSize; ++i)
-            ppData[i] = m_ppData[i];
-        for (unsigned int i = m_uiSize; i < m_uiCapacity; ++i)
-            ppData[i] = nullptr;
+        std::fill(std::copy(m_ppData, m_ppData + m_uiSize, ppData), ppData + m_uiCapacity, nullptr);
         if (m_ppData)
             CMemory::free(m_ppData);
         m_ppData = ppData;

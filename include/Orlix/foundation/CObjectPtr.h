@@ -6,7 +6,8 @@ namespace Orlix {
 
 /** Holds one reference to an object as long as it points to it.
  *
- *  Threads: none of its own; see the object's. */
+ *  Threads: none of its own; the object's count is not atomic. Ownership: with its last reference the object goes to
+ *  its pool, or is deleted. */
 template <class T> class ORLIX_API CObjectPtr {
 public:
     CObjectPtr() noexcept : m_pObject(nullptr) {}

@@ -18,10 +18,12 @@ public:
     /** Only while no thread holds or awaits the lock. */
     ~CSyncObject() override;
 
+    /** Blocks until the lock is this thread's. */
     void lock() {
         if (m_pImp)
             m_pImp->lock();
     }
+    /** Gives one lock() back. Only on the thread that took it. */
     void unlock() {
         if (m_pImp)
             m_pImp->unlock();

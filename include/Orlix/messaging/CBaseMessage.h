@@ -35,7 +35,6 @@ public:
         MESSAGE_USER = 50
     };
 
-    CBaseMessage() noexcept : m_eType(MESSAGE_UNKNOWN), m_uiID(0) {}
     CBaseMessage(const CBaseMessage&) = delete;
     CBaseMessage& operator=(const CBaseMessage&) = delete;
     ~CBaseMessage() override;
@@ -61,6 +60,11 @@ public:
     CObjectPtr<CObject> getData() const { return m_ptrData; }
 
 protected:
+    /** @param pData gets a reference; may be null. */
+    explicit CBaseMessage(EMessageType eType = MESSAGE_UNKNOWN, unsigned int uiID = 0,
+                          CObject* pData = nullptr) noexcept
+        : m_eType(eType), m_uiID(uiID), m_ptrData(pData) {}
+
     EMessageType m_eType;
     unsigned int m_uiID;
     CObjectPtr<CObject> m_ptrData;

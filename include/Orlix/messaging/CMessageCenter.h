@@ -57,8 +57,8 @@ public:
     IMessageCenterListener* getListener() const noexcept { return m_pListener; }
 
     /** Routes a message by its type and tells the listener, on this thread and without a lock; also when the message
-     * was a repeated repaint or of an unknown type and so was deleted. While the center is closed the message is
-     * deleted and nobody is told. @param pMessage taken over; null is ignored. */
+     *  was deleted: as a repeated repaint, for its unknown type, or without memory for its place. While the center is
+     *  closed the message is deleted and nobody is told. @param pMessage taken over; null is ignored. */
     void pushMessage(CBaseMessage* pMessage);
 
     void pushQuitMessage();
@@ -102,7 +102,8 @@ public:
     bool isShiftKeyPress() const noexcept { return m_bShiftKeyPress; }
     bool isAltKeyPress() const noexcept { return m_bAltKeyPress; }
 
-    // The steps of the above on single lists. They walk with the list's own cursor, so the caller holds the lock.
+    // The steps of the above on single lists. They walk with the list's own cursor, so the caller holds the lock. They
+    // take a message over whatever its type, tell nobody, and ignore null.
 
     void pushSystemMessage(CBaseMessage* pMessage);
     void pushInputMessage(CBaseMessage* pMessage);
@@ -140,7 +141,10 @@ protected:
     static CMessageCenter* s_pInstance;
 
 private:
+    bool m_bInputUnpurged; // a single step has put a repaint among the input that may repeat one
+
     CBaseMessage* route(CBaseMessage* pMessage, CObjectList<CBaseMessage>& lstDropped);
+    CBaseMessage* join(CObjectList<CBaseMessage>& lstMessage, unsigned int uiListType, CBaseMessage* pMessage);
     CBaseMessage* joinRender(CObjectList<CBaseMessage>& lstMessage, CBaseMessage* pMessage, bool bPurge,
                              CObjectList<CBaseMessage>& lstDropped);
     void takeEarlierRenders(CObjectList<CBaseMessage>& lstMessage, unsigned int uiID,

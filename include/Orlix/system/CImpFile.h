@@ -26,8 +26,8 @@ public:
     /** @return true also when the system refuses to remove the regular file; false for anything else, links included.
      */
     bool deleteFile(const CString& strPath) override;
-    /** Copies neither permissions nor times. The folder of strTo is made if only that one is missing. After a failure
-     *  strTo holds what had been copied.
+    /** Copies neither permissions nor times, and waits for the other end of a pipe like any reader. The folder of strTo
+     * is made if only that one is missing. After a failure strTo holds what had been copied.
      *
      *  Copies the size that CFile tells, so a size beyond 32 bits loses its upper part. What the system refuses only as
      *  the target is closed goes unnoticed.
