@@ -59,9 +59,12 @@
 #include <Orlix/system/CImpFile.h>
 #include <Orlix/system/CImpFolder.h>
 #include <Orlix/system/CImpPath.h>
+#include <Orlix/system/CLog.h>
+#include <Orlix/system/CLogUtility.h>
 #include <Orlix/system/CPath.h>
 #include <Orlix/system/IFile.h>
 #include <Orlix/system/IFolder.h>
+#include <Orlix/system/ILogOuter.h>
 #include <Orlix/system/IPath.h>
 #include <Orlix/threading/CImpTime.h>
 #include <Orlix/threading/CTime.h>
