@@ -8,6 +8,7 @@
 #include <Orlix/formats/IXMLParserListener.h>
 #include <Orlix/foundation/CArrayPtr.h>
 #include <Orlix/foundation/CAutoSync.h>
+#include <Orlix/foundation/CByteBuffer.h>
 #include <Orlix/foundation/CDataArray.h>
 #include <Orlix/foundation/CDataList.h>
 #include <Orlix/foundation/CDataMap.h>
