@@ -29,6 +29,7 @@
 #include <Orlix/foundation/CSyncObject.h>
 #include <Orlix/foundation/CTreeCore.h>
 #include <Orlix/foundation/CTreeMap.h>
+#include <Orlix/foundation/CVariant.h>
 #include <Orlix/foundation/CWaitObject.h>
 #include <Orlix/foundation/ISyncObject.h>
 #include <Orlix/foundation/IWaitObject.h>
