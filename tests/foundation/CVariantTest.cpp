@@ -132,9 +132,9 @@ TYPED_TEST(CVariantOf, ItselfAndItsOwnArrayAreCopiedRight) {
 
 TYPED_TEST(CVariantOf, ACountThatWrapsIsNoMemory) {
     typedef TypeParam T;
+    constexpr unsigned int MOST = 4294967295u;
     const T tValue = T();
-    for (const unsigned int uiCount :
-         {4294967295u, static_cast<unsigned int>(4294967295u / sizeof(T)) - (sizeof(T) == 1 ? 0u : 0u)}) {
+    for (const unsigned int uiCount : {MOST, MOST / static_cast<unsigned int>(sizeof(T))}) {
         CVariant variant(&tValue, 1);
         variant.copyFrom(&tValue, uiCount);
         EXPECT_EQ(variant.getType(), CVariant::TYPE_EMPTY);
