@@ -8,6 +8,7 @@
 #include <Orlix/formats/IXMLParserListener.h>
 #include <Orlix/foundation/CArrayPtr.h>
 #include <Orlix/foundation/CAutoSync.h>
+#include <Orlix/foundation/CByteBuffer.h>
 #include <Orlix/foundation/CDataArray.h>
 #include <Orlix/foundation/CDataList.h>
 #include <Orlix/foundation/CDataMap.h>
@@ -28,6 +29,7 @@
 #include <Orlix/foundation/CSyncObject.h>
 #include <Orlix/foundation/CTreeCore.h>
 #include <Orlix/foundation/CTreeMap.h>
+#include <Orlix/foundation/CVariant.h>
 #include <Orlix/foundation/CWaitObject.h>
 #include <Orlix/foundation/ISyncObject.h>
 #include <Orlix/foundation/IWaitObject.h>
@@ -59,9 +61,12 @@
 #include <Orlix/system/CImpFile.h>
 #include <Orlix/system/CImpFolder.h>
 #include <Orlix/system/CImpPath.h>
+#include <Orlix/system/CLog.h>
+#include <Orlix/system/CLogUtility.h>
 #include <Orlix/system/CPath.h>
 #include <Orlix/system/IFile.h>
 #include <Orlix/system/IFolder.h>
+#include <Orlix/system/ILogOuter.h>
 #include <Orlix/system/IPath.h>
 #include <Orlix/threading/CImpTime.h>
 #include <Orlix/threading/CTime.h>
