@@ -46,7 +46,6 @@ private:
     void writeElement(const CXMLElement& element, unsigned int uiLevel);
     void writeAttributes(const CXMLElement& element);
     void writeChildren(const CXMLElement& element, unsigned int uiLevel);
-    static void prefetch(const CXMLElement* pElement);
     void writeEndTag(const CXMLElement& element);
 
     void put(wchar_t ch);

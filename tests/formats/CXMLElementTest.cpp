@@ -630,6 +630,14 @@ TEST_F(CXMLElementTest, SavedValuesOfAnyLengthAreComplete) {
     EXPECT_EQ(save(), L"<root a=\"" + strEncoded + L"\"><b>" + strEncoded + L"</b></root>");
 }
 
+TEST_F(CXMLElementTest, ALongTextOfEntitiesIsSavedWhole) {
+    pRoot->setText(repeat(L'&', 1000000).c_str());
+    const std::wstring strSaved = save();
+    ASSERT_EQ(strSaved.size(), 5000013u);
+    EXPECT_EQ(strSaved.substr(0, 16), L"<root>&amp;&amp;");
+    EXPECT_EQ(strSaved.substr(5000001), L"&amp;</root>");
+}
+
 TEST_F(CXMLElementTest, SavedTextsEndAtAZeroInside) {
     CString strZero;
     strZero.append(L"ab", 5);
