@@ -53,6 +53,13 @@ std::vector<unsigned int> stateOf(const CByteBuffer& buffer) {
 
 typedef std::vector<unsigned int> TState;
 
+/** Runs fnBody in a process of its own, where the memory layer reports blocks that are freed in error.
+ *  @return the reports. */
+template <class F> std::string reportsOf(F fnBody) {
+    const OrlixTest::tagChildResult result = runInChild([&] { return fnBody(), 0; });
+    return result.iExitCode == 0 ? result.strOutput : "crashed " + result.strOutput;
+}
+
 unsigned char* allocBytes(const std::string& strBytes) {
     void* const pBlock = CMemory::malloc(static_cast<unsigned int>(strBytes.size()), 0);
     std::memcpy(pBlock, strBytes.data(), strBytes.size());
@@ -367,8 +374,19 @@ TEST(CByteBuffer, AttachingFreesTheOwnBlockBefore) {
     buffer.attachBuffer(allocBytes("abcdef"), 6, 6, true);
     buffer.attachBuffer(bytesOf(strBlock), 3, 3, false);
     buffer.attachBuffer(allocBytes("ghi"), 3, 3, true);
-    buffer.attachBuffer(buffer.buffer(), 3, 2, true); // its own one stays
-    EXPECT_EQ(contentOf(buffer), "gh");
+    EXPECT_EQ(contentOf(buffer), "ghi");
+}
+
+TEST(CByteBuffer, AttachingTheBlockThatIsAttachedFreesNothing) {
+    EXPECT_EQ(reportsOf([] {
+                  CByteBuffer buffer;
+                  write(buffer, "abc");
+                  buffer.attachBuffer(buffer.buffer(), 3, 2, true);
+                  if (contentOf(buffer) != "ab")
+                      std::abort();
+                  buffer.clear();
+              }),
+              "");
 }
 
 TEST(CByteBuffer, DetachingFreesAnOwnBlock) {
@@ -409,17 +427,19 @@ TEST(CByteBuffer, ClearingAndAttachingFreeADetachedBlockToo) {
 }
 
 TEST(CByteBuffer, ABlockThatIsDetachedAndNotWrittenAgainStaysTheCallers) {
-    std::string strBlock("abcdef"); // not from CMemory: freeing it would be reported or worse
-    unsigned char* const pBlock = allocBytes("abcdef");
-    {
-        CByteBuffer first, second;
-        first.attachBuffer(bytesOf(strBlock), 6, 6, false);
-        first.detachBuffer();
-        second.attachBuffer(pBlock, 6, 6, false);
-        second.detachBuffer();
-    }
-    EXPECT_EQ(std::memcmp(pBlock, "abcdef", 6), 0);
-    CMemory::free(pBlock);
+    EXPECT_EQ(reportsOf([] {
+                  unsigned char* const pBlock = allocBytes("abcdef");
+                  CByteBuffer* const pBuffer = new CByteBuffer;
+                  pBuffer->attachBuffer(pBlock, 6, 6, false);
+                  pBuffer->detachBuffer();
+                  delete pBuffer;
+                  CMemory::free(pBlock); // reported if it has been freed before
+              }),
+              "");
+    unsigned char aryBlock[] = {1, 2, 3}; // not from CMemory, so freeing it would read what lies in front
+    CByteBuffer buffer;
+    buffer.attachBuffer(aryBlock, 3, 3, false);
+    buffer.detachBuffer();
 }
 
 // ---- Moving to the head
@@ -517,20 +537,20 @@ TEST(CByteBuffer, APositionThatWrapsIsOutOfMemory) {
 #if !defined(ORLIX_TEST_ASAN) && !defined(ORLIX_TEST_TSAN)
 TEST(CByteBuffer, WithoutMemoryNothingChanges) {
     const OrlixTest::tagChildResult result = runInChild([] {
+        constexpr unsigned int LARGE = 1 << 26; // more than the heap of a process that ran other tests keeps
         CConfigParser::getInstance();
-        CByteBuffer buffer(0, 1 << 20);
-        std::string strLarge(1 << 20, 'x');
+        CByteBuffer buffer(0, LARGE);
+        const std::string strLarge(LARGE, 'x');
         write(buffer, "abc");
         write(buffer, strLarge.substr(3));
         if (!OrlixTest::limitMemory(1 << 19))
             return 1;
         write(buffer, strLarge);
-        buffer.setSize(3 << 20);
-        buffer.requstSize(4294967295u - (1 << 20));
-        if (stateOf(buffer) != TState{1 << 20, (1 << 20) + 3, 1 << 20} ||
-            std::memcmp(buffer.buffer(), "abcxxx", 6) != 0)
+        buffer.setSize(3 * LARGE);
+        buffer.requstSize(4294967295u - LARGE);
+        if (stateOf(buffer) != TState{LARGE, LARGE + 3, LARGE} || std::memcmp(buffer.buffer(), "abcxxx", 6) != 0)
             return 2;
-        const CByteBuffer none(1 << 20);
+        const CByteBuffer none(LARGE);
         return stateOf(none) == TState{0, 0, 0} && !none.buffer() ? 0 : 3;
     });
     EXPECT_EQ(result.iExitCode, 0);

@@ -10,7 +10,7 @@
 
 #include <cstddef>
 #include <limits>
-#include <random>
+#include <string>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -47,7 +47,11 @@ template <class T> class CVariantOf : public testing::Test {};
 typedef testing::Types<wchar_t, signed char, unsigned char, short, unsigned short, int, unsigned int, long,
                        unsigned long, float, double, bool>
     TNumbers;
-TYPED_TEST_SUITE(CVariantOf, TNumbers);
+
+struct tagTypeName {
+    template <class T> static std::string GetName(int) { return "Tag" + std::to_string(CVariant(T()).getType()); }
+};
+TYPED_TEST_SUITE(CVariantOf, TNumbers, tagTypeName);
 
 template <class T> T someValue() { return static_cast<T>(std::numeric_limits<T>::max() / 2 + T(1)); }
 
@@ -300,17 +304,18 @@ TEST(CVariant, IsAllocatedByTheLibrarysRoute) {
 #if !defined(ORLIX_TEST_ASAN) && !defined(ORLIX_TEST_TSAN)
 TEST(CVariant, WithoutMemoryItBecomesEmpty) {
     EXPECT_EQ(runInChild([] {
-                  static int s_aryLarge[1 << 18];
-                  CVariant variant(1L), large(s_aryLarge, 1 << 18);
+                  constexpr unsigned int COUNT = 1 << 24; // more than the heap of a process that ran other tests keeps
+                  static int s_aryLarge[COUNT];
+                  CVariant variant(1L), large(s_aryLarge, COUNT);
                   if (!OrlixTest::limitMemory(1 << 19))
                       return 1;
-                  variant.copyFrom(s_aryLarge, 1 << 18);
+                  variant.copyFrom(s_aryLarge, COUNT);
                   if (variant.getType() != CVariant::TYPE_EMPTY || variant.getArray<int>())
                       return 2;
-                  const CVariant copied(large), built(s_aryLarge, 1 << 18);
+                  const CVariant copied(large), built(s_aryLarge, COUNT);
                   if (copied.getType() != CVariant::TYPE_EMPTY || built.getType() != CVariant::TYPE_EMPTY)
                       return 3;
-                  large.copyFrom(large.getArray<int>(), 1 << 18);
+                  large.copyFrom(large.getArray<int>(), COUNT);
                   return large.getType() == CVariant::TYPE_EMPTY && large.getCount() == 0 ? 0 : 4;
               }).iExitCode,
               0);
