@@ -63,7 +63,10 @@
 #include <Orlix/system/IFile.h>
 #include <Orlix/system/IFolder.h>
 #include <Orlix/system/IPath.h>
+#include <Orlix/threading/CImpThread.h>
 #include <Orlix/threading/CImpTime.h>
+#include <Orlix/threading/CThread.h>
 #include <Orlix/threading/CTime.h>
 #include <Orlix/threading/CTimeSpan.h>
+#include <Orlix/threading/IThread.h>
 #include <Orlix/threading/ITime.h>
