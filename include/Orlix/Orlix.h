@@ -6,6 +6,7 @@
 #include <Orlix/formats/CXMLHelper.h>
 #include <Orlix/formats/CXMLParser.h>
 #include <Orlix/formats/IXMLParserListener.h>
+#include <Orlix/foundation/CArrayIndex.h>
 #include <Orlix/foundation/CArrayPtr.h>
 #include <Orlix/foundation/CAutoSync.h>
 #include <Orlix/foundation/CDataArray.h>
@@ -21,6 +22,7 @@
 #include <Orlix/foundation/CObjectPoolRef.h>
 #include <Orlix/foundation/CObjectPtr.h>
 #include <Orlix/foundation/COwningContainer.h>
+#include <Orlix/foundation/CPlaceTable.h>
 #include <Orlix/foundation/CSet.h>
 #include <Orlix/foundation/CString.h>
 #include <Orlix/foundation/CStringConverter.h>
