@@ -67,8 +67,12 @@
 #include <Orlix/system/IPath.h>
 #include <Orlix/threading/CImpThread.h>
 #include <Orlix/threading/CImpTime.h>
+#include <Orlix/threading/CMsgTimer.h>
 #include <Orlix/threading/CThread.h>
 #include <Orlix/threading/CTime.h>
 #include <Orlix/threading/CTimeSpan.h>
+#include <Orlix/threading/CTimer.h>
+#include <Orlix/threading/CTimerManager.h>
 #include <Orlix/threading/IThread.h>
 #include <Orlix/threading/ITime.h>
+#include <Orlix/threading/ITimerListener.h>

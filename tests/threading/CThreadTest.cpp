@@ -42,6 +42,12 @@ public:
         while (!isPrepareStopThread())
             m_waitWake.wait(0);
     }
+    /** Waits for a thread that ends by itself, also if it has ended already, and then sees all that it wrote. */
+    void awaitEnd() {
+        waitForThreadStop();
+        while (!m_bOver.exchange(false))
+            std::this_thread::yield();
+    }
     /** Joins the system's thread, which works since the library neither joins nor detaches one. */
     void* join() {
         void* pResult = nullptr;
@@ -55,6 +61,7 @@ public:
     }
     void notifyThreadStopped() override {
         m_strOrder += "stopped ";
+        m_bOver = true;
         CThread::notifyThreadStopped();
     }
 
@@ -71,6 +78,7 @@ public:
 
     pthread_t m_thread{};
     std::string m_strOrder;
+    std::atomic<bool> m_bOver{false};
 
 private:
     std::function<void(COpenThread&)> m_fnRun;
@@ -105,7 +113,7 @@ std::string nameWhenNamed(const CString& strName) {
     });
     thread.setThreadName(strName);
     thread.startThread();
-    thread.waitForThreadStop();
+    thread.awaitEnd();
     thread.join();
     return strFound;
 }
@@ -152,7 +160,7 @@ TEST(CThread, TheNewThreadGoesThroughItsStepsInOrder) {
     thread.setThreadName(L"steps");
     thread.setThreadPriority(1);
     thread.startThread();
-    thread.waitForThreadStop();
+    thread.awaitEnd();
     // The name is in force and the start was told before run; the policy is the one that was there.
     const std::vector<std::string> vecExpected{"get", "set " + std::to_string(iPolicy) + " 1", "get",
                                                "run steps started "};
@@ -170,7 +178,7 @@ TEST(CThread, ThePriorityIsAppliedWhereThePolicyAllowsIt) {
     const bool bAllowed = pthread_setschedparam(pthread_self(), SCHED_FIFO, &fifo) == 0;
     COpenThread thread([&](COpenThread&) { pthread_getschedparam(pthread_self(), &iInRun, &inRun); });
     thread.startThread();
-    thread.waitForThreadStop();
+    thread.awaitEnd();
     thread.join();
     pthread_setschedparam(pthread_self(), iBefore, &before);
     EXPECT_EQ(iInRun, bAllowed ? SCHED_FIFO : iBefore) << "the policy never changes";
@@ -183,7 +191,7 @@ TEST(CThread, WithoutItsSchedulingAThreadRunsAllTheSame) {
     bool bRun = false;
     COpenThread thread([&](COpenThread&) { bRun = true; });
     thread.startThread();
-    thread.waitForThreadStop();
+    thread.awaitEnd();
     thread.join();
     EXPECT_TRUE(bRun);
     EXPECT_EQ(standIn.getCalls(), std::vector<std::string>{"get"}) << "nothing is set";
@@ -282,7 +290,7 @@ TEST(CThread, WaitingForTheEndAsksForNothing) {
         bAsked = own.isPrepareStopThread();
     });
     thread.startThread();
-    thread.waitForThreadStop();
+    thread.awaitEnd();
     EXPECT_FALSE(bAsked);
     EXPECT_EQ(thread.m_strOrder, "started stopped ");
     thread.join();
@@ -298,7 +306,7 @@ TEST(CThread, AStopRequestToAnIdleThreadIsRememberedAsAWakeUp) {
     EXPECT_TRUE(thread.isPrepareStopThread());
     EXPECT_FALSE(thread.m_bRunning);
     thread.startThread();
-    thread.waitForThreadStop();
+    thread.awaitEnd();
     EXPECT_FALSE(bStopSeen) << "the start has cleared the flag";
     thread.join();
 }
@@ -319,7 +327,6 @@ TEST(CThread, CanBeStartedAgain) {
 }
 
 TEST(CThread, TheEndOfAnEarlierRunDoesNotCountAsTheEndOfThis) {
-    COpenThread* pLeft = nullptr;
     std::atomic<int> iRuns{0}, iEnds{0};
     COpenThread thread([&](COpenThread& own) {
         if (++iRuns == 1)
@@ -328,9 +335,8 @@ TEST(CThread, TheEndOfAnEarlierRunDoesNotCountAsTheEndOfThis) {
         std::this_thread::sleep_for(std::chrono::milliseconds(30));
         ++iEnds;
     });
-    pLeft = &thread;
-    pLeft->startThread();
-    while (iRuns == 0)
+    thread.startThread();
+    while (!thread.m_bOver)
         std::this_thread::yield();
     thread.join(); // its announcement is made
     thread.startThread();
