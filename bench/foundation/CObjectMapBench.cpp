@@ -193,24 +193,25 @@ void registerSizes(const std::string& strName, void (*fnBench)(benchmark::State&
     benchmark::RegisterBenchmark(strName.c_str(), fnBench)->RangeMultiplier(10)->Range(1000, 100000);
 }
 
-template <class T> void registerMap(const std::string& strName, const std::string& strKeys) {
+template <class T> void registerChanges(const std::string& strName, const std::string& strKeys) {
     registerSizes(strName + "_insert" + strKeys, insert<T>);
     registerSizes(strName + "_erase" + strKeys, erase<T>);
-    if constexpr (std::is_class_v<T> && !std::is_same_v<T, Floor<int, tagNumCompare<int>>> &&
-                  !std::is_same_v<T, Floor<CString, tagStringCompare>>) {
-        registerSizes(strName + "_find" + strKeys, find<T>);
-        registerSizes(strName + "_walk" + strKeys, walk<T>);
-    }
+}
+
+template <class T> void registerMap(const std::string& strName, const std::string& strKeys) {
+    registerChanges<T>(strName, strKeys);
+    registerSizes(strName + "_find" + strKeys, find<T>);
+    registerSizes(strName + "_walk" + strKeys, walk<T>);
 }
 
 const bool g_bRegistered = [] {
     registerMap<Ours<int, tagNumCompare<int>>>("CObjectMap", "Numbers");
-    registerMap<Floor<int, tagNumCompare<int>>>("Floor", "Numbers");
+    registerChanges<Floor<int, tagNumCompare<int>>>("Floor", "Numbers");
     registerMap<Standard<std::map<int, int*>>>("StdMap", "Numbers");
     registerMap<Standard<absl::btree_map<int, int*>>>("AbslBtree", "Numbers");
     registerMap<Qt<int>>("QMap", "Numbers");
     registerMap<Ours<CString, tagStringCompare>>("CObjectMap", "Texts");
-    registerMap<Floor<CString, tagStringCompare>>("Floor", "Texts");
+    registerChanges<Floor<CString, tagStringCompare>>("Floor", "Texts");
     registerMap<Standard<std::map<std::wstring, int*>>>("StdMap", "Texts");
     registerMap<Standard<absl::btree_map<std::wstring, int*>>>("AbslBtree", "Texts");
     registerMap<Qt<QString>>("QMap", "Texts");

@@ -1,40 +1,19 @@
 // Any bytes as a configuration file. A file that loads twice gives the same settings twice, one that does not load
 // changes nothing, and what save writes loads again with the same surfaces.
 #include <Orlix/formats/CConfigParser.h>
-#include <Orlix/foundation/CStringConverter.h>
 
 #include "support/FuzzCheck.h"
+#include "support/MemoryFile.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
 
-#include <sys/mman.h>
-#include <unistd.h>
-
 using Orlix::CConfigParser;
 using Orlix::CString;
+using OrlixFuzz::CMemoryFile;
 
 namespace {
-
-/** A file in memory, by a path that any reader can open. */
-class CMemoryFile {
-public:
-    CMemoryFile() : m_iFile(memfd_create("config", 0)) {
-        Orlix::CStringConverter::convertFromMBCS(("/proc/self/fd/" + std::to_string(m_iFile)).c_str(), m_strPath);
-    }
-    ~CMemoryFile() { ::close(m_iFile); }
-
-    const CString& getPath() const { return m_strPath; }
-    void setContent(const std::uint8_t* pData, std::size_t uiSize) {
-        FUZZ_CHECK(ftruncate(m_iFile, 0) == 0);
-        FUZZ_CHECK(pwrite(m_iFile, pData, uiSize, 0) == static_cast<ssize_t>(uiSize));
-    }
-
-private:
-    int m_iFile;
-    CString m_strPath;
-};
 
 struct tagWriter {
     std::wstring& strText;

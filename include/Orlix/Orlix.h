@@ -9,6 +9,7 @@
 #include <Orlix/foundation/CArrayIndex.h>
 #include <Orlix/foundation/CArrayPtr.h>
 #include <Orlix/foundation/CAutoSync.h>
+#include <Orlix/foundation/CByteBuffer.h>
 #include <Orlix/foundation/CDataArray.h>
 #include <Orlix/foundation/CDataList.h>
 #include <Orlix/foundation/CDataMap.h>
@@ -30,6 +31,7 @@
 #include <Orlix/foundation/CSyncObject.h>
 #include <Orlix/foundation/CTreeCore.h>
 #include <Orlix/foundation/CTreeMap.h>
+#include <Orlix/foundation/CVariant.h>
 #include <Orlix/foundation/CWaitObject.h>
 #include <Orlix/foundation/ISyncObject.h>
 #include <Orlix/foundation/IWaitObject.h>
@@ -61,9 +63,12 @@
 #include <Orlix/system/CImpFile.h>
 #include <Orlix/system/CImpFolder.h>
 #include <Orlix/system/CImpPath.h>
+#include <Orlix/system/CLog.h>
+#include <Orlix/system/CLogUtility.h>
 #include <Orlix/system/CPath.h>
 #include <Orlix/system/IFile.h>
 #include <Orlix/system/IFolder.h>
+#include <Orlix/system/ILogOuter.h>
 #include <Orlix/system/IPath.h>
 #include <Orlix/threading/CImpThread.h>
 #include <Orlix/threading/CImpTime.h>

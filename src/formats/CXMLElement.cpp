@@ -154,16 +154,14 @@ void CXMLElement::setAttribute(const CString& strName, bool bValue) {
 void CXMLElement::storeAttribute(const CString& strName, CString&& strValue) {
     if (strName.length() == 0)
         return;
-    if (CString* const pValue = m_mapAttributes.getItem(strName)) {
-        *pValue = std::move(strValue);
-    } else {
-        CString* const pNew = new CString(std::move(strValue));
-        if (!pNew || !m_mapAttributes.addItem(strName, pNew)) {
-            delete pNew;
-            return;
-        }
-    }
-    notifyDataChange();
+    CString* const pValue = new CString(std::move(strValue));
+    if (!pValue)
+        return;
+    m_mapAttributes.setItem(strName, pValue);
+    if (m_mapAttributes.getItem(strName) == pValue)
+        notifyDataChange();
+    else
+        delete pValue; // no memory for the name
 }
 
 void CXMLElement::deleteAttribute(const CString& strName) {
@@ -242,19 +240,19 @@ bool CXMLElement::parseFrom(const wchar_t* pText) {
 }
 
 const wchar_t* CXMLElement::parseData(const wchar_t* pText) {
-    return pText ? CXMLReader::readElement(*this, pText, CXMLReader::ROOT_LEVEL) : nullptr;
+    return pText ? CXMLReader<wchar_t>::readElement(*this, pText, CXMLReader<wchar_t>::ROOT_LEVEL) : nullptr;
 }
 
 const wchar_t* CXMLElement::parseName(const wchar_t* pText) {
-    return pText ? CXMLReader::readName(*this, pText) : nullptr;
+    return pText ? CXMLReader<wchar_t>::readName(*this, pText) : nullptr;
 }
 
 const wchar_t* CXMLElement::parseText(const wchar_t* pText) {
-    return pText ? CXMLReader::readText(*this, pText) : nullptr;
+    return pText ? CXMLReader<wchar_t>::readText(*this, pText) : nullptr;
 }
 
 const wchar_t* CXMLElement::parseAttribute(const wchar_t* pText) {
-    return pText ? CXMLReader::readAttributes(*this, pText) : nullptr;
+    return pText ? CXMLReader<wchar_t>::readAttributes(*this, pText) : nullptr;
 }
 
 bool CXMLElement::saveTo(CString& strResult, bool bFormat, bool bAppend) {

@@ -26,7 +26,7 @@ const wchar_t* CXMLHelper::readTag(const wchar_t* pText, const wchar_t* pTag, CS
     if (!isXMLQuote(*pText))
         return nullptr;
     const wchar_t* const pValue = pText + 1;
-    const wchar_t* const pEnd = findXMLQuote(pValue);
+    const wchar_t* const pEnd = findXMLChar(pValue, XML_CHAR_VALUE_END);
     if (*pEnd == 0)
         return nullptr;
     if (pEnd != pValue)

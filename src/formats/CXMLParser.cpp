@@ -1,15 +1,17 @@
 #include <Orlix/formats/CXMLParser.h>
 
-#include <Orlix/formats/CXMLElement.h>
 #include <Orlix/formats/CXMLHelper.h>
 #include <Orlix/formats/IXMLParserListener.h>
 #include <Orlix/foundation/CArrayPtr.h>
 #include <Orlix/foundation/CStringConverter.h>
 #include <Orlix/system/CFile.h>
 
+#include "formats/CXMLReader.h"
+#include "formats/CXMLWriter.h"
 #include "formats/XMLChars.h"
 
 #include <climits>
+#include <cstdint>
 #include <cstring>
 #include <functional>
 
@@ -22,7 +24,9 @@ constexpr const wchar_t* HEADER[2][2] = {
     {L"<?xml version=\"1.0\" encoding=\"UTF-16\"?>", L"<?xml version=\"1.0\" encoding=\"UTF-16\"?>\n"}};
 
 constexpr unsigned int SMALLEST_FILE = 4;
-constexpr unsigned int FILE_TERMINATOR = 2; // zero bytes behind what was read
+constexpr unsigned int FILE_TERMINATOR = 2;        // zero bytes behind what was read
+constexpr std::size_t LONGEST_EXPECTED = 1u << 28; // characters for which room is made beforehand
+constexpr unsigned int LONGEST_HEADER = 256;       // that is read from bytes; a longer one is widened with the rest
 constexpr unsigned int UTF8_MARK_SIZE = 3;
 constexpr unsigned int UTF16_MARK_SIZE = 2;
 constexpr unsigned char UTF8_MARK[UTF8_MARK_SIZE] = {0xEF, 0xBB, 0xBF};
@@ -82,6 +86,55 @@ CXMLParser::EXMLEncoding toEncoding(const CString& strName) {
     return strName.compareIC(L"UTF-16") == 0 ? CXMLParser::XML_ENCODING_UTF16 : CXMLParser::XML_ENCODING_NONE;
 }
 
+bool isContinuation(unsigned char ucByte) { return (ucByte & 0xC0) == 0x80; }
+
+/** @return the bytes of one well-formed character beyond ASCII; 0 if there is none, or if it has four. */
+unsigned int getSequenceSize(const unsigned char* pBytes) {
+    if (pBytes[0] >= 0xC2 && pBytes[0] <= 0xDF)
+        return isContinuation(pBytes[1]) ? 2 : 0;
+    const bool bThree = pBytes[0] >= 0xE0 && pBytes[0] <= 0xEF && isContinuation(pBytes[1]);
+    const bool bOverlong = pBytes[0] == 0xE0 && pBytes[1] < 0xA0;
+    return bThree && !bOverlong && isContinuation(pBytes[2]) ? 3 : 0;
+}
+
+/** @return whether each byte below 128, and no other, is a character of ASCII. */
+bool isWellFormedUTF8(const unsigned char* pBytes) {
+    const unsigned char* const pEnd = pBytes + std::strlen(reinterpret_cast<const char*>(pBytes));
+    while (pBytes != pEnd) {
+        std::uint64_t uiWord = 0;
+        if (pEnd - pBytes >= 8)
+            std::memcpy(&uiWord, pBytes, sizeof(uiWord));
+        if (pEnd - pBytes >= 8 && (uiWord & 0x8080808080808080u) == 0) {
+            pBytes += 8;
+            continue;
+        }
+        const unsigned int uiSize = *pBytes < 0x80 ? 1 : getSequenceSize(pBytes);
+        if (uiSize == 0)
+            return false;
+        pBytes += uiSize;
+    }
+    return true;
+}
+
+/** @return behind the mark of a file that is not UTF-16; null for one that is. */
+const unsigned char* findUTF8Text(const unsigned char* pBytes) {
+    if (startsWith(pBytes, UTF16_MARK) || startsWith(pBytes, UTF16_BIG_ENDIAN_MARK))
+        return nullptr;
+    return startsWith(pBytes, UTF8_MARK) ? pBytes + UTF8_MARK_SIZE : pBytes;
+}
+
+/** UTF-16 big-endian leaves the text as it is and is no failure, on purpose. */
+void widenFile(const unsigned char* pBytes, unsigned int uiSize, CString& strText) {
+    if (startsWith(pBytes, UTF16_MARK))
+        CStringConverter::convertFromUTF16(pBytes + UTF16_MARK_SIZE, uiSize - UTF16_MARK_SIZE, strText);
+    else if (const unsigned char* const pUTF8 = findUTF8Text(pBytes))
+        CStringConverter::convertFromUTF8(pUTF8, strText);
+}
+
+const unsigned char* readRootUTF8(CXMLElement& element, const unsigned char* pBytes) {
+    return CXMLReader<unsigned char>::readElement(element, pBytes, CXMLReader<unsigned char>::ROOT_LEVEL);
+}
+
 const wchar_t* findLineEnd(const wchar_t* pLine, const wchar_t* pTextEnd) {
     while (pLine != pTextEnd && !CStringCore::isReturn(*pLine))
         ++pLine;
@@ -97,7 +150,7 @@ const wchar_t* skipLineEnd(const wchar_t* pLineEnd, const wchar_t* pTextEnd) {
 
 CXMLParser::CXMLParser()
     : m_pListener(nullptr), m_eEncoding(XML_ENCODING_NONE), m_pRoot(nullptr), m_pTextStart(nullptr),
-      m_pTextEnd(nullptr), m_uiErrorLine(0), m_uiErrorColumn(0) {}
+      m_pTextEnd(nullptr), m_uiErrorLine(0), m_uiErrorColumn(0), m_uiExpected(0) {}
 
 CXMLParser::~CXMLParser() { empty(); }
 
@@ -116,6 +169,7 @@ void CXMLParser::empty() {
     m_uiErrorLine = 0;
     m_uiErrorColumn = 0;
     m_strErrorText.empty();
+    m_uiExpected = 0;
 }
 
 bool CXMLParser::create(EXMLEncoding eEncoding) {
@@ -160,10 +214,23 @@ bool CXMLParser::saveHeader(CString& strResult, bool bFormat) const {
     return true;
 }
 
-bool CXMLParser::saveToString(CString& strResult, bool bFormat) const {
+bool CXMLParser::saveToString(CString& strResult, bool bFormat) {
     if (!saveHeader(strResult, bFormat))
         return false;
-    return !m_pRoot || m_pRoot->saveTo(strResult, bFormat, true);
+    if (!m_pRoot)
+        return true;
+    CXMLWriter writer(bFormat, m_uiExpected);
+    writer.put(strResult);
+    if (!writer.writeRoot(*m_pRoot) || !writer.moveTo(strResult, false))
+        return false;
+    expectLength(strResult.length());
+    return true;
+}
+
+/** Remembers how long the next save is likely to be, with some room for changes. */
+void CXMLParser::expectLength(std::size_t uiLength) {
+    const std::size_t uiExpected = uiLength + uiLength / 16;
+    m_uiExpected = uiExpected < LONGEST_EXPECTED ? static_cast<unsigned int>(uiExpected) : 0;
 }
 
 bool CXMLParser::saveToFile(const CString& strText, const CString& strPath) const {
@@ -176,7 +243,7 @@ bool CXMLParser::saveToFile(const CString& strText, const CString& strPath) cons
     return m_eEncoding == XML_ENCODING_UTF16 && writeUTF16(file, strText);
 }
 
-bool CXMLParser::saveToFile(const CString& strPath, bool bFormat) const {
+bool CXMLParser::saveToFile(const CString& strPath, bool bFormat) {
     CString strText;
     return saveToString(strText, bFormat) && saveToFile(strText, strPath);
 }
@@ -231,24 +298,64 @@ bool CXMLParser::parseRoot(const wchar_t* pText) {
     if (!pText)
         return false;
     m_pRoot = new CXMLElement(this, nullptr);
-    if (m_pRoot && m_pRoot->parseFrom(pText))
+    if (m_pRoot && m_pRoot->parseFrom(pText)) {
+        expectLength(static_cast<std::size_t>(m_pTextEnd - m_pTextStart));
         return true;
+    }
     delete m_pRoot;
     m_pRoot = nullptr;
     return false;
 }
 
 bool CXMLParser::parseFromStream(const unsigned char* pBytes) {
+    if (!pBytes)
+        return parseFromString(STRING_NULL);
+    return parseUTF8(startsWith(pBytes, UTF8_MARK) ? pBytes + UTF8_MARK_SIZE : pBytes);
+}
+
+/** Reads bytes as they stand if that can be done, since widening them first takes a seventh of the time and more memory
+ *  than the bytes. Malformed ones may hide markup, and an error has to be found in the wide text: those are widened. */
+bool CXMLParser::parseUTF8(const unsigned char* pBytes) {
+    empty();
+    if (isWellFormedUTF8(pBytes)) {
+        const unsigned char* const pElement = parseHeaderUTF8(pBytes);
+        m_pRoot = pElement ? new CXMLElement(this, nullptr) : nullptr;
+        const unsigned char* const pEnd = m_pRoot ? readRootUTF8(*m_pRoot, pElement) : nullptr;
+        if (pEnd) {
+            expectLength(static_cast<std::size_t>(pEnd - pBytes));
+            return true;
+        }
+    }
     CString strText;
-    if (pBytes)
-        CStringConverter::convertFromUTF8(startsWith(pBytes, UTF8_MARK) ? pBytes + UTF8_MARK_SIZE : pBytes, strText);
+    CStringConverter::convertFromUTF8(pBytes, strText);
     return parseFromString(strText);
 }
 
+/** @return the first character behind header and blanks; null if the header is not whole. */
+const unsigned char* CXMLParser::parseHeaderUTF8(const unsigned char* pBytes) {
+    if (!startsWithXML(pBytes, "<?xml")) {
+        m_eEncoding = XML_ENCODING_UTF8;
+        return skipXMLBlank(pBytes);
+    }
+    const void* const pEnd = std::memchr(pBytes, '>', strnlen(reinterpret_cast<const char*>(pBytes), LONGEST_HEADER));
+    if (!pEnd)
+        return nullptr;
+    wchar_t aryHeader[LONGEST_HEADER + 1] = {};
+    const std::size_t uiLength = static_cast<const unsigned char*>(pEnd) + 1 - pBytes;
+    for (std::size_t i = 0; i < uiLength; ++i)
+        aryHeader[i] = pBytes[i]; // a byte beyond ASCII is refused as it would be as a character
+    return parseHeader(aryHeader) == aryHeader + uiLength ? skipXMLBlank(pBytes + uiLength) : nullptr;
+}
+
 bool CXMLParser::parseFromFile(const CString& strPath) {
-    // What cannot be read parses like a null text.
+    unsigned int uiSize = 0;
+    const CArrayPtr<unsigned char> aryBytes = readFile(strPath, uiSize);
+    if (aryBytes.isEmpty())
+        return parseFromString(STRING_NULL);
+    if (const unsigned char* const pText = findUTF8Text(aryBytes.getArray()))
+        return parseUTF8(pText);
     CString strText;
-    loadToString(strPath, strText);
+    widenFile(aryBytes.getArray(), uiSize, strText);
     return parseFromString(strText);
 }
 
@@ -257,13 +364,7 @@ bool CXMLParser::loadToString(const CString& strPath, CString& strResult) {
     const CArrayPtr<unsigned char> aryBytes = readFile(strPath, uiSize);
     if (aryBytes.isEmpty())
         return false;
-    const unsigned char* const pBytes = aryBytes.getArray();
-    if (startsWith(pBytes, UTF16_MARK))
-        CStringConverter::convertFromUTF16(pBytes + UTF16_MARK_SIZE, uiSize - UTF16_MARK_SIZE, strResult);
-    else if (startsWith(pBytes, UTF8_MARK))
-        CStringConverter::convertFromUTF8(pBytes + UTF8_MARK_SIZE, strResult);
-    else if (!startsWith(pBytes, UTF16_BIG_ENDIAN_MARK)) // which gives no text and is no failure here, on purpose
-        CStringConverter::convertFromUTF8(pBytes, strResult);
+    widenFile(aryBytes.getArray(), uiSize, strResult);
     return true;
 }
 

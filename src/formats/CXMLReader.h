@@ -1,29 +1,33 @@
 #pragma once
 
-namespace Orlix {
+#include <Orlix/formats/CXMLElement.h>
 
-class CXMLElement;
+namespace Orlix {
 
 /** The recursive-descent reader behind the parse operations of CXMLElement.
  *
  *  Each operation takes a terminated text and gives the position behind what it read. Null means that it failed and
- *  that the element's document, if there is one, knows where, apart from the three failures that are silent. */
-class CXMLReader {
+ *  that the element's document, if there is one, knows where, apart from the three failures that are silent.
+ *
+ *  @tparam TChar wchar_t, or unsigned char for UTF-8. The latter must be well-formed and then gives the same tree, but
+ *  its failures are all silent: who wants the position reads the wide text again. */
+template <class TChar> class CXMLReader {
 public:
     static constexpr unsigned int ROOT_LEVEL = 1;
 
-    static const wchar_t* readElement(CXMLElement& element, const wchar_t* pText, unsigned int uiLevel);
-    static const wchar_t* readName(CXMLElement& element, const wchar_t* pText);
-    static const wchar_t* readText(CXMLElement& element, const wchar_t* pText);
-    static const wchar_t* readAttributes(CXMLElement& element, const wchar_t* pText);
+    static const TChar* readElement(CXMLElement& element, const TChar* pText, unsigned int uiLevel);
+    static const TChar* readName(CXMLElement& element, const TChar* pText);
+    static const TChar* readText(CXMLElement& element, const TChar* pText);
+    static const TChar* readAttributes(CXMLElement& element, const TChar* pText);
 
 private:
-    static const wchar_t* readStartTag(CXMLElement& element, const wchar_t* pText);
-    static const wchar_t* readAttribute(CXMLElement& element, const wchar_t* pText);
-    static const wchar_t* readContent(CXMLElement& element, const wchar_t* pText, unsigned int uiLevel);
-    static const wchar_t* readChildren(CXMLElement& element, const wchar_t* pText, unsigned int uiLevel);
-    static const wchar_t* readChild(CXMLElement& element, const wchar_t* pText, unsigned int uiLevel);
-    static const wchar_t* skipEndTag(const CXMLElement& element, const wchar_t* pText);
-    static const wchar_t* fail(const CXMLElement& element, const wchar_t* pPosition);
+    static const TChar* readStartTag(CXMLElement& element, const TChar* pText);
+    static const TChar* readAttribute(CXMLElement& element, const TChar* pText);
+    static const TChar* readContent(CXMLElement& element, const TChar* pText, unsigned int uiLevel);
+    static const TChar* readChildren(CXMLElement& element, const TChar* pText, unsigned int uiLevel);
+    static const TChar* readChild(CXMLElement& element, const TChar* pText, unsigned int uiLevel);
+    static const TChar* skipEndTag(const CXMLElement& element, const TChar* pText);
+    static void addAttribute(CXMLElement& element, const TChar* pName, const TChar* pNameEnd, CString* pValue);
+    static const TChar* fail(const CXMLElement& element, const TChar* pPosition);
 };
 } // namespace Orlix

@@ -2,9 +2,9 @@
 
 #include <Orlix/formats/CXMLElement.h>
 #include <Orlix/formats/CXMLHelper.h>
-#include <Orlix/memory/CMemory.h>
 
 #include "formats/AttributeWalk.h"
+#include "formats/TextBlock.h"
 #include "formats/XMLChars.h"
 
 #include <algorithm>
@@ -14,9 +14,7 @@
 namespace Orlix {
 namespace {
 
-wchar_t* getChars(void* pBlock, std::size_t uiHeader) {
-    return reinterpret_cast<wchar_t*>(static_cast<unsigned char*>(pBlock) + uiHeader);
-}
+constexpr std::size_t CACHE_LINE = 64;
 
 unsigned int findEntity(wchar_t ch) noexcept {
     unsigned int uiEntity = 0;
@@ -26,11 +24,20 @@ unsigned int findEntity(wchar_t ch) noexcept {
 }
 } // namespace
 
-CXMLWriter::CXMLWriter(bool bFormat) noexcept
-    : m_bFormat(bFormat), m_bFailed(false), m_pWrite(m_aryFirst), m_pEnd(m_aryFirst + FIRST_CHARS), m_uiFirstUsed(0),
-      m_uiNextChars(FIRST_CHARS * 4), m_pFirst(nullptr), m_pLast(nullptr) {}
+CXMLWriter::CXMLWriter(bool bFormat, unsigned int uiExpected)
+    : m_bFormat(bFormat), m_bFailed(false), m_pStart(m_aryStart), m_uiStartSize(FIRST_CHARS), m_uiStartUsed(0),
+      m_uiNextSize(FIRST_CHARS * 4), m_pFirst(nullptr), m_pLast(nullptr) {
+    if (wchar_t* const pStart = uiExpected > FIRST_CHARS ? allocText(uiExpected) : nullptr) {
+        m_pStart = pStart;
+        m_uiStartSize = uiExpected;
+    }
+    m_pWrite = m_pStart;
+    m_pEnd = m_pStart + m_uiStartSize;
+}
 
 CXMLWriter::~CXMLWriter() {
+    if (m_pStart != m_aryStart)
+        CMemory::free(m_pStart);
     while (tagBlock* const pBlock = m_pFirst) {
         m_pFirst = pBlock->pNext;
         CMemory::free(pBlock);
@@ -44,25 +51,37 @@ bool CXMLWriter::writeRoot(const CXMLElement& element) {
 
 bool CXMLWriter::moveTo(CString& strResult, bool bAppend) {
     closeBlock();
+    if (m_bFailed)
+        return false;
     const unsigned int uiKept = bAppend ? strResult.length() : 0;
-    std::size_t uiLength = std::size_t(uiKept) + m_uiFirstUsed;
+    std::size_t uiLength = std::size_t(uiKept) + m_uiStartUsed;
     for (const tagBlock* pBlock = m_pFirst; pBlock; pBlock = pBlock->pNext)
         uiLength += pBlock->uiUsed;
-    if (m_bFailed || uiLength >= UINT_MAX / sizeof(wchar_t))
-        return false;
-    auto* const pResult =
-        static_cast<wchar_t*>(CMemory::malloc(static_cast<unsigned int>((uiLength + 1) * sizeof(wchar_t)), 0));
-    if (!pResult)
-        return false;
-    wchar_t* pWrite = pResult;
-    if (uiKept != 0)
-        pWrite = std::wmemcpy(pWrite, strResult.getBuffer(), uiKept) + uiKept;
-    pWrite = std::wmemcpy(pWrite, m_aryFirst, m_uiFirstUsed) + m_uiFirstUsed;
-    for (tagBlock* pBlock = m_pFirst; pBlock; pBlock = pBlock->pNext)
-        pWrite = std::wmemcpy(pWrite, getChars(pBlock, sizeof(tagBlock)), pBlock->uiUsed) + pBlock->uiUsed;
-    *pWrite = 0;
+    wchar_t* pResult = nullptr;
+    if (uiKept == 0 && isWholeInOneBlock()) {
+        pResult = m_pStart;
+        m_pStart = m_aryStart;
+    } else {
+        pResult = allocText(uiLength);
+        if (!pResult)
+            return false;
+        copyTo(uiKept != 0 ? std::wmemcpy(pResult, strResult.getBuffer(), uiKept) + uiKept : pResult);
+    }
+    pResult[uiLength] = 0;
     strResult.attach(pResult, static_cast<int>(uiLength));
     return true;
+}
+
+/** Whether the first block can become the string: it has all, and not much more room than that. */
+bool CXMLWriter::isWholeInOneBlock() const {
+    return m_pStart != m_aryStart && !m_pFirst && m_uiStartUsed >= m_uiStartSize - m_uiStartSize / 4;
+}
+
+wchar_t* CXMLWriter::copyTo(wchar_t* pTarget) const {
+    pTarget = std::wmemcpy(pTarget, m_pStart, m_uiStartUsed) + m_uiStartUsed;
+    for (tagBlock* pBlock = m_pFirst; pBlock; pBlock = pBlock->pNext)
+        pTarget = std::wmemcpy(pTarget, getChars(pBlock), pBlock->uiUsed) + pBlock->uiUsed;
+    return pTarget;
 }
 
 void CXMLWriter::writeElement(const CXMLElement& element, unsigned int uiLevel) {
@@ -97,11 +116,21 @@ void CXMLWriter::writeAttributes(const CXMLElement& element) {
     });
 }
 
+/** Has the next element on its way while this one is written. */
+void CXMLWriter::prefetch(const CXMLElement* pElement) {
+    if (!pElement)
+        return;
+    const auto* const pBytes = reinterpret_cast<const unsigned char*>(pElement);
+    for (std::size_t i = 0; i < sizeof(CXMLElement); i += CACHE_LINE)
+        __builtin_prefetch(pBytes + i);
+}
+
 void CXMLWriter::writeChildren(const CXMLElement& element, unsigned int uiLevel) {
     put(L'>');
     putLineEnd();
     for (unsigned int i = 0; i < element.m_aryChildren.getSize(); ++i) {
         const CXMLElement& child = *element.m_aryChildren[i];
+        prefetch(element.m_aryChildren[i + 1]);
         // The children of a clone have no parent and so no indent.
         writeElement(child, child.m_pParent == &element ? uiLevel + 1 : child.getLevel());
     }
@@ -134,8 +163,7 @@ void CXMLWriter::putEncoded(const CString& strText) {
     const wchar_t* pText = strText.getBuffer();
     while (pText) {
         const wchar_t* const pPlain = pText;
-        while (!isXMLChar(*pText, XML_CHAR_ENCODE_END))
-            ++pText;
+        pText = findXMLChar(pText, XML_CHAR_ENCODE_END);
         put(pPlain, static_cast<unsigned int>(pText - pPlain));
         if (*pText == 0)
             return;
@@ -163,7 +191,8 @@ inline bool CXMLWriter::reserve(unsigned int uiChars) {
 
 bool CXMLWriter::addBlock(unsigned int uiChars) {
     closeBlock();
-    const std::size_t uiSize = sizeof(tagBlock) + std::size_t(std::max(uiChars, m_uiNextChars)) * sizeof(wchar_t);
+    uiChars = std::max(uiChars, m_uiNextSize);
+    const std::size_t uiSize = sizeof(tagBlock) + std::size_t(uiChars) * sizeof(wchar_t);
     void* const pMemory =
         m_bFailed || uiSize > UINT_MAX ? nullptr : CMemory::malloc(static_cast<unsigned int>(uiSize), 0);
     m_bFailed = !pMemory;
@@ -176,17 +205,17 @@ bool CXMLWriter::addBlock(unsigned int uiChars) {
     pBlock->uiUsed = 0;
     (m_pLast ? m_pLast->pNext : m_pFirst) = pBlock;
     m_pLast = pBlock;
-    m_pWrite = getChars(pBlock, sizeof(tagBlock));
-    m_pEnd = getChars(pBlock, uiSize);
-    m_uiNextChars = std::min(m_uiNextChars * 2, LARGEST_CHARS);
+    m_pWrite = getChars(pBlock);
+    m_pEnd = m_pWrite + uiChars;
+    m_uiNextSize = std::min(m_uiNextSize * 2, LARGEST_CHARS);
     return true;
 }
 
 /** Counts what the last block holds. */
 void CXMLWriter::closeBlock() {
     if (m_pLast)
-        m_pLast->uiUsed = static_cast<unsigned int>(m_pWrite - getChars(m_pLast, sizeof(tagBlock)));
+        m_pLast->uiUsed = static_cast<unsigned int>(m_pWrite - getChars(m_pLast));
     else
-        m_uiFirstUsed = static_cast<unsigned int>(m_pWrite - m_aryFirst);
+        m_uiStartUsed = static_cast<unsigned int>(m_pWrite - m_pStart);
 }
 } // namespace Orlix

@@ -16,9 +16,9 @@ struct tagXMLChars {
     unsigned char aryFlags[128];
 };
 
-constexpr void addXMLChars(tagXMLChars& chars, const char* pChars, unsigned char ucFlags) {
+constexpr void addXMLChars(tagXMLChars& chars, const char* pChars, unsigned int uiFlags) {
     for (; *pChars != 0; ++pChars)
-        chars.aryFlags[static_cast<unsigned char>(*pChars)] |= ucFlags;
+        chars.aryFlags[static_cast<unsigned char>(*pChars)] |= static_cast<unsigned char>(uiFlags);
 }
 
 constexpr tagXMLChars makeXMLChars() {
@@ -35,27 +35,36 @@ constexpr tagXMLChars makeXMLChars() {
 
 constexpr tagXMLChars XML_CHARS = makeXMLChars();
 
+// The scans below take wide text, or the bytes of UTF-8, in which nothing beyond ASCII means anything either.
+
 /** @return whether any of the flags holds; no flag holds beyond ASCII. */
-inline bool isXMLChar(wchar_t ch, unsigned int uiFlags) noexcept {
+template <class TChar> inline bool isXMLChar(TChar ch, unsigned int uiFlags) noexcept {
     const unsigned int uiCode = static_cast<unsigned int>(ch); // a negative code becomes a large one
     return uiCode < sizeof(XML_CHARS.aryFlags) && (XML_CHARS.aryFlags[uiCode] & uiFlags) != 0;
 }
 
-inline bool isXMLQuote(wchar_t ch) noexcept { return ch == L'"' || ch == L'\''; }
+template <class TChar> inline bool isXMLQuote(TChar ch) noexcept { return ch == TChar('"') || ch == TChar('\''); }
 
-/** @return the first character without the flags. The terminator is neither a blank nor a name character. */
-inline const wchar_t* skipXMLChars(const wchar_t* pText, unsigned int uiFlags) noexcept {
-    while (isXMLChar(*pText, uiFlags))
+/** @return the first character that is no blank; the terminator is none. */
+template <class TChar> inline const TChar* skipXMLBlank(const TChar* pText) noexcept {
+    while (isXMLChar(*pText, XML_CHAR_BLANK))
         ++pText;
     return pText;
 }
 
-inline const wchar_t* skipXMLBlank(const wchar_t* pText) noexcept { return skipXMLChars(pText, XML_CHAR_BLANK); }
-
-/** @return the first quote of either kind, or else the terminator. */
-inline const wchar_t* findXMLQuote(const wchar_t* pText) noexcept {
-    while (!isXMLChar(*pText, XML_CHAR_VALUE_END))
+/** @return the first character with any of the flags, one of which must hold for the terminator. */
+template <class TChar> inline const TChar* findXMLChar(const TChar* pText, unsigned int uiFlags) noexcept {
+    while (!isXMLChar(*pText, uiFlags))
         ++pText;
     return pText;
+}
+
+/** @return whether an ASCII text stands at a position, which may be shorter. */
+template <class TChar> inline bool startsWithXML(const TChar* pText, const char* pStart) noexcept {
+    while (*pStart != 0 && *pText == static_cast<TChar>(*pStart)) {
+        ++pText;
+        ++pStart;
+    }
+    return *pStart == 0;
 }
 } // namespace Orlix

@@ -171,6 +171,21 @@ template <class TUnsigned, class TSigned> void writeSigned(TSigned iValue, wchar
     writeDigits(uiValue, pBuffer);
 }
 
+/** Writes the low 16 bits of each character; no surrogates, so the rest is lost. */
+void narrowToUTF16(const wchar_t* pSource, std::size_t uiCount, unsigned char* pTarget) {
+    constexpr std::size_t BLOCK = 16; // a fixed number, so that the compiler narrows them all at once
+    std::uint16_t aryUnit[BLOCK];
+    for (; uiCount >= BLOCK; uiCount -= BLOCK, pSource += BLOCK, pTarget += sizeof(aryUnit)) {
+        for (std::size_t i = 0; i < BLOCK; ++i)
+            aryUnit[i] = static_cast<std::uint16_t>(pSource[i]);
+        std::memcpy(pTarget, aryUnit, sizeof(aryUnit));
+    }
+    for (; uiCount != 0; --uiCount, ++pSource, pTarget += sizeof(aryUnit[0])) {
+        aryUnit[0] = static_cast<std::uint16_t>(*pSource);
+        std::memcpy(pTarget, aryUnit, sizeof(aryUnit[0]));
+    }
+}
+
 constexpr const char* MBCS_LOCALE = "zh_CN.utf8";
 
 // The character tables.
@@ -319,14 +334,9 @@ void CStringConverter::toString(bool bValue, wchar_t* pBuffer) {
 void CStringConverter::convertToUTF16(const wchar_t* pSource, unsigned char* pTarget, unsigned int uiSize) {
     if (!pTarget || uiSize == 0)
         return;
-    std::memset(pTarget, 0, uiSize);
-    if (!pSource)
-        return;
-    const std::size_t uiUnits = wcsnlen(pSource, uiSize / 2);
-    for (std::size_t i = 0; i < uiUnits; ++i) {
-        const std::uint16_t uiUnit = static_cast<std::uint16_t>(pSource[i]); // no surrogates: the rest is lost
-        std::memcpy(pTarget + i * 2, &uiUnit, sizeof(uiUnit));
-    }
+    const std::size_t uiUnits = pSource ? wcsnlen(pSource, uiSize / 2) : 0;
+    narrowToUTF16(pSource, uiUnits, pTarget);
+    std::memset(pTarget + uiUnits * 2, 0, uiSize - uiUnits * 2);
 }
 
 void CStringConverter::convertToUTF16(const CString& strSource, unsigned char* pTarget, unsigned int uiSize) {

@@ -126,7 +126,6 @@ void* CTreeCore::replaceByNearest(void* pNode) noexcept {
     }
     setChild(pNearest, uiLow, links.aryChild[uiLow]);
     at(pNearest).setHeight(uiLow, links.aryHeight[uiLow]);
-    at(pNearest).pParent = links.pParent;
     replaceInParent(pNode, pNearest);
     return pChanged;
 }

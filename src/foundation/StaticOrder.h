@@ -5,4 +5,6 @@
 // and is gone before they go. The linker sorts by these numbers, so the order of the sources does not matter.
 #define ORLIX_STATIC_STRING __attribute__((init_priority(210)))
 #define ORLIX_STATIC_MEM_MANAGER __attribute__((init_priority(290)))
+#define ORLIX_STATIC_LOG __attribute__((init_priority(310)))
+#define ORLIX_STATIC_LOG_UTILITY __attribute__((init_priority(320)))
 #define ORLIX_STATIC_PATH __attribute__((init_priority(330)))

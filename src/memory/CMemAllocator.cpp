@@ -52,7 +52,7 @@ void lendBufferToStdout() {
     static char s_aryBuffer[1024];
     if (std::fwide(stdout, 0) != 0)
         return; // it has had its first line
-    void* const pProbe = std::malloc(BUFSIZ);
+    void* volatile pProbe = std::malloc(BUFSIZ); // volatile, or a compiler takes the probe for needless
     if (!pProbe)
         std::setvbuf(stdout, s_aryBuffer, _IOLBF, sizeof(s_aryBuffer));
     std::free(pProbe);
@@ -186,6 +186,8 @@ void* CMemAllocator::allocUnit(tagMemPool* pPool) {
     unsigned char* pHeader = pPool->pFreeUnits;
     if (pHeader) {
         pPool->pFreeUnits = load<unsigned char*>(pHeader + CHECK_WORD_OFFSET); // the owner still stands
+        // The next request reads and writes it, and until then there is time to fetch it.
+        __builtin_prefetch(pPool->pFreeUnits, 1);
     } else {
         pHeader = carveUnit(pPool);
         if (!pHeader)

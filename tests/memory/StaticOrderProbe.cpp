@@ -4,9 +4,11 @@
 #include <Orlix/foundation/CString.h>
 #include <Orlix/memory/CMemManager.h>
 #include <Orlix/memory/CMemory.h>
+#include <Orlix/system/CLogUtility.h>
 #include <Orlix/system/CPath.h>
 
 #include "foundation/StaticOrder.h"
+#include "support/LogSettings.h"
 #include "support/Sanitizer.h"
 
 #include <cstdint>
@@ -52,6 +54,8 @@ public:
         std::wprintf(L"%ls: built %ls, block of the %ls\n", m_szName, getManagerState(), getSource(m_pKept));
         if (isBuilt(STRING_NULL))
             std::wprintf(L"%ls: sees the null string\n", m_szName);
+        if (isBuilt(ORLIX_ENGINE))
+            std::wprintf(L"%ls: sees a name of the log in the %ls\n", m_szName, getSource(ORLIX_ENGINE.getBuffer()));
     }
     CProbe(const CProbe&) = delete;
     CProbe& operator=(const CProbe&) = delete;
@@ -82,6 +86,8 @@ private:
 CProbe g_probeFirst __attribute__((init_priority(150))) (L"first");
 CProbe g_probeBefore __attribute__((init_priority(289))) (L"before");
 CProbe g_probeAfter __attribute__((init_priority(291))) (L"after");
+CProbe g_probeLog __attribute__((init_priority(319))) (L"log");
+CProbe g_probeLogUtility __attribute__((init_priority(321))) (L"log utility");
 CProbe g_probeLast(L"last");
 
 const void* g_pFolder = nullptr; // the block of the project folder's text
@@ -104,8 +110,45 @@ private:
 CFolderProbe g_probeBeforePath __attribute__((init_priority(329))) (L"before paths");
 CFolderProbe g_probeAfterPath __attribute__((init_priority(331))) (L"after paths");
 
+OrlixTest::CTempFolder* g_pLogFolder = nullptr;
+
+// Says whether the log's file has its line when its own turn to go comes.
+class CLogProbe {
+public:
+    explicit CLogProbe(const wchar_t* szName, bool bCleanUp) : m_szName(szName), m_bCleanUp(bCleanUp) {}
+    CLogProbe(const CLogProbe&) = delete;
+    CLogProbe& operator=(const CLogProbe&) = delete;
+    ~CLogProbe() {
+        if (!g_pLogFolder)
+            return;
+        const bool bClosed = !OrlixTest::readWhole(*g_pLogFolder / "log").empty();
+        std::wprintf(L"%ls: log file %ls\n", m_szName, bClosed ? L"closed" : L"open");
+        if (m_bCleanUp)
+            delete g_pLogFolder;
+    }
+
+private:
+    const wchar_t* m_szName;
+    bool m_bCleanUp;
+};
+
+CLogProbe g_probeBeforeLog __attribute__((init_priority(309))) (L"before log", true);
+CLogProbe g_probeAfterLog __attribute__((init_priority(311))) (L"after log", false);
+
+// Nobody closes the log.
+void openLog() {
+    g_pLogFolder = new OrlixTest::CTempFolder;
+    OrlixTest::writeWhole(*g_pLogFolder / "engine.xml",
+                          "<engine><log_output terminal=\"false\" file_path_linux=\"log\"/></engine>");
+    CConfigParser::getInstance()->load(OrlixTest::toText(*g_pLogFolder / "engine.xml"));
+    CLog::initialize();
+    CLogEngine::info(L"text");
+    CConfigParser::deleteInstance();
+}
+
 int runProbed() {
     std::wprintf(L"main: %ls\n", CProbe::getManagerState());
+    openLog();
     CPath::setProjectFolder(L"/project");
     g_pFolder = CPath::getProjectFolder().getBuffer();
     g_probeLast.freeEarly();
@@ -152,8 +195,14 @@ const char EXPECTED[] = "first: built without manager, block of the system heap\
                         "before: sees the null string\n"
                         "after: built with manager, block of the pool\n"
                         "after: sees the null string\n"
+                        "log: built with manager, block of the pool\n"
+                        "log: sees the null string\n"
+                        "log utility: built with manager, block of the pool\n"
+                        "log utility: sees the null string\n"
+                        "log utility: sees a name of the log in the pool\n"
                         "last: built with manager, block of the pool\n"
                         "last: sees the null string\n"
+                        "last: sees a name of the log in the pool\n"
                         "main: with manager\n"
                         "last: frees 0x\n"
                         "after: frees 0x\n"
@@ -163,6 +212,10 @@ const char EXPECTED[] = "first: built without manager, block of the system heap\
                         "last: gone with manager\n"
                         "after paths: project folder kept\n"
                         "before paths: project folder given back\n"
+                        "log utility: gone with manager\n"
+                        "log: gone with manager\n"
+                        "after log: log file open\n"
+                        "before log: log file closed\n"
                         "after: gone with manager\n"
                         "before: gone without manager\n"
                         "first: gone without manager\n";

@@ -659,12 +659,12 @@ TEST_F(CMessageCenterTest, SwitchesMayBeThrownWhileOthersPush) {
     } waking;
     std::atomic<bool> bDone{false};
     std::thread switcher([&] {
-        while (!bDone) {
+        do {
             m_pCenter->lock();
             m_pCenter->setListener(nullptr);
             m_pCenter->unlock();
             m_pCenter->setListener(&waking);
-        }
+        } while (!bDone);
     });
     std::thread typist([&] {
         for (unsigned int i = 0; i < PUSHES; ++i)

@@ -136,13 +136,17 @@ protected:
     CXMLElement* m_pParent;  // not owned; null on roots and clones
     CString m_strName;
     CString m_strText;
-    CAttributeMap m_mapAttributes;
+
+private:
+    template <class TChar> friend class CXMLReader;
+    friend class CXMLWriter;
+
+    CAttributeMap m_mapAttributes; // a value is replaced and never changed: it may share a block with its characters
+
+protected:
     CObjectArray<CXMLElement> m_aryChildren;
 
 private:
-    friend class CXMLReader;
-    friend class CXMLWriter;
-
     int findChild(const CString& strName, unsigned int uiFrom) const;
     void storeAttribute(const CString& strName, CString&& strValue);
     void copyContentTo(CXMLElement& target) const;

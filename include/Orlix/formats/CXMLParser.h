@@ -58,12 +58,12 @@ public:
     bool saveHeader(CString& strResult, bool bFormat) const;
     /** Writes header and root; a document without root is its header.
      *  @return false without an encoding; false with the header in the result if the root has no name. */
-    bool saveToString(CString& strResult, bool bFormat) const;
+    bool saveToString(CString& strResult, bool bFormat);
     /** Writes a prepared text with the mark of the encoding. The file is created or replaced, also when false comes
      *  back because there is no encoding. */
     bool saveToFile(const CString& strText, const CString& strPath) const;
     /** @return false, and the file is left alone, if the document cannot be saved to a string. */
-    bool saveToFile(const CString& strPath, bool bFormat) const;
+    bool saveToFile(const CString& strPath, bool bFormat);
 
     /** Reads the header and takes its encoding; a text without one is UTF-8.
      *  @return the first character behind header and blanks; null after an error and for null. */
@@ -98,10 +98,14 @@ protected:
     unsigned int m_uiErrorLine;
     unsigned int m_uiErrorColumn;
     CString m_strErrorText;
+    unsigned int m_uiExpected; // characters that the next save is likely to have; 0 if nothing is known
 
 private:
+    void expectLength(std::size_t uiLength);
     const wchar_t* failAt(const wchar_t* pPosition);
     bool parseRoot(const wchar_t* pText);
+    bool parseUTF8(const unsigned char* pBytes);
+    const unsigned char* parseHeaderUTF8(const unsigned char* pBytes);
     const wchar_t* countTo(const wchar_t* pPosition);
 };
 } // namespace Orlix
