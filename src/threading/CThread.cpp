@@ -1,11 +1,19 @@
 #include <Orlix/threading/CThread.h>
 
+#include <Orlix/foundation/CStringConverter.h>
+#include <Orlix/system/CLogUtility.h>
 #include <Orlix/threading/CImpThread.h>
 
 namespace Orlix {
 namespace {
 
 constexpr int DEFAULT_PRIORITY = 51;
+
+/** @param pFormat takes the id as a long and the name. */
+void logThread(const wchar_t* pFormat, unsigned int uiThreadID, const CString& strName) {
+    const wchar_t* const pName = strName.getBuffer();
+    CLogEngine::info(CStringConverter::format(pFormat, static_cast<long>(uiThreadID), pName ? pName : L""));
+}
 } // namespace
 
 CThread::CThread()
@@ -52,9 +60,13 @@ void CThread::waitForEnd() {
     while (m_bRunning);
 }
 
-void CThread::notifyThreadStarted(unsigned int uiThreadID) { m_uiThreadID = uiThreadID; }
+void CThread::notifyThreadStarted(unsigned int uiThreadID) {
+    m_uiThreadID = uiThreadID;
+    logThread(L"Thread (ID: %ld, Name: %ls) starts.", m_uiThreadID, m_strName);
+}
 
 void CThread::notifyThreadStopped() {
+    logThread(L"Thread (ID: %ld, Name: %ls) exits.", m_uiThreadID, m_strName);
     m_uiThreadID = 0;
     m_bRunning = false;
     m_waitStop.notify();

@@ -1,5 +1,8 @@
 #include <Orlix/threading/CThread.h>
 
+#include <Orlix/formats/CConfigParser.h>
+#include <Orlix/system/CLog.h>
+#include <Orlix/system/ILogOuter.h>
 #include <Orlix/threading/CImpThread.h>
 
 #include "support/ThreadStandIn.h"
@@ -9,6 +12,7 @@
 #include <atomic>
 #include <chrono>
 #include <functional>
+#include <mutex>
 #include <pthread.h>
 #include <sched.h>
 #include <string>
@@ -98,6 +102,33 @@ private:
     int& m_iAlive;
 };
 
+/** The log asks the configuration, which is made before there are threads and goes with the test. */
+class CThreadTest : public ::testing::Test {
+protected:
+    CThreadTest() { CConfigParser::getInstance(); }
+    ~CThreadTest() override { CConfigParser::deleteInstance(); }
+};
+
+/** The lines that the log gets, from any thread. */
+class CLogLines : public ILogOuter {
+public:
+    CLogLines() { CLog::setLogOuter(this); }
+    ~CLogLines() override { CLog::setLogOuter(nullptr); }
+    void writeLog(const CString& strLevel, const CString& strSource, const CString& strText) override {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        for (const CString* const pText : {&strLevel, &strSource, &strText})
+            m_strLines.append(pText->getBuffer()).append(pText == &strText ? L"\n" : L"|");
+    }
+    std::wstring getLines() {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return m_strLines;
+    }
+
+private:
+    std::mutex m_mutex;
+    std::wstring m_strLines;
+};
+
 std::string nameOf(pthread_t thread) {
     char szName[64] = "";
     EXPECT_EQ(pthread_getname_np(thread, szName, sizeof(szName)), 0);
@@ -118,7 +149,7 @@ std::string nameWhenNamed(const CString& strName) {
     return strFound;
 }
 
-TEST(CThread, StartsAsItShould) {
+TEST_F(CThreadTest, StartsAsItShould) {
     const COpenThread thread;
     EXPECT_EQ(thread.getThreadPriority(), 51);
     EXPECT_TRUE(thread.getThreadName() == L"Unknown");
@@ -128,7 +159,7 @@ TEST(CThread, StartsAsItShould) {
     EXPECT_NE(thread.m_pImp, nullptr);
 }
 
-TEST(CThread, FieldsStandInTheirOrder) {
+TEST_F(CThreadTest, FieldsStandInTheirOrder) {
     const COpenThread thread;
     const void* const aryField[] = {
         &thread.m_iPriority,  &thread.m_strName,  &thread.m_uiThreadID, &thread.m_bRunning, &thread.m_bPrepareStop,
@@ -137,7 +168,7 @@ TEST(CThread, FieldsStandInTheirOrder) {
         EXPECT_LT(aryField[i - 1], aryField[i]) << i;
 }
 
-TEST(CThread, NameAndPriorityAreKeptForTheNextStart) {
+TEST_F(CThreadTest, NameAndPriorityAreKeptForTheNextStart) {
     COpenThread thread;
     thread.setThreadPriority(-7);
     thread.setThreadName(L"worker");
@@ -147,7 +178,7 @@ TEST(CThread, NameAndPriorityAreKeptForTheNextStart) {
     EXPECT_EQ(&strSame, &thread.m_strName) << "a reference, no copy";
 }
 
-TEST(CThread, TheNewThreadGoesThroughItsStepsInOrder) {
+TEST_F(CThreadTest, TheNewThreadGoesThroughItsStepsInOrder) {
     CThreadStandIn standIn;
     int iPolicy = -1;
     unsigned int uiIDInRun = 0;
@@ -170,7 +201,7 @@ TEST(CThread, TheNewThreadGoesThroughItsStepsInOrder) {
     EXPECT_EQ(thread.join(), static_cast<CThread*>(&thread)) << "the argument comes back, to whoever joins";
 }
 
-TEST(CThread, ThePriorityIsAppliedWhereThePolicyAllowsIt) {
+TEST_F(CThreadTest, ThePriorityIsAppliedWhereThePolicyAllowsIt) {
     sched_param before{}, fifo{}, inRun{};
     int iBefore = 0, iInRun = 0;
     pthread_getschedparam(pthread_self(), &iBefore, &before);
@@ -185,7 +216,7 @@ TEST(CThread, ThePriorityIsAppliedWhereThePolicyAllowsIt) {
     EXPECT_EQ(inRun.sched_priority, bAllowed ? 51 : 0) << "a refusal is ignored";
 }
 
-TEST(CThread, WithoutItsSchedulingAThreadRunsAllTheSame) {
+TEST_F(CThreadTest, WithoutItsSchedulingAThreadRunsAllTheSame) {
     CThreadStandIn standIn;
     standIn.m_bNoSchedule = true;
     bool bRun = false;
@@ -197,7 +228,7 @@ TEST(CThread, WithoutItsSchedulingAThreadRunsAllTheSame) {
     EXPECT_EQ(standIn.getCalls(), std::vector<std::string>{"get"}) << "nothing is set";
 }
 
-TEST(CThread, TheSystemKnowsTheThreadByItsName) {
+TEST_F(CThreadTest, TheSystemKnowsTheThreadByItsName) {
     EXPECT_EQ(nameWhenNamed(L"timer"), "timer");
     EXPECT_EQ(nameWhenNamed(L"123456789012345"), "123456789012345");
     EXPECT_EQ(nameWhenNamed(L"\x5DE5\x4F5C"), "\xE5\xB7\xA5\xE4\xBD\x9C") << "three bytes a character";
@@ -207,12 +238,12 @@ TEST(CThread, TheSystemKnowsTheThreadByItsName) {
     EXPECT_EQ(nameWhenNamed(STRING_NULL), "");
 }
 
-TEST(CThread, ANameThatIsTooLongLeavesTheThreadTheOneItHad) {
+TEST_F(CThreadTest, ANameThatIsTooLongLeavesTheThreadTheOneItHad) {
     const std::string strOwn = nameOf(pthread_self()); // a new thread has the name of its maker
     EXPECT_EQ(nameWhenNamed(L"1234567890123456"), strOwn);
 }
 
-TEST(CThread, AStartSetsTheFlagsAndStartsOnce) {
+TEST_F(CThreadTest, AStartSetsTheFlagsAndStartsOnce) {
     int iStarts = 0, iAlive = 0;
     {
         COpenThread thread;
@@ -237,7 +268,7 @@ TEST(CThread, AStartSetsTheFlagsAndStartsOnce) {
     EXPECT_EQ(iAlive, 0) << "the system's side goes with the thread";
 }
 
-TEST(CThread, StoppingAnIdleThreadDoesNothing) {
+TEST_F(CThreadTest, StoppingAnIdleThreadDoesNothing) {
     COpenThread thread;
     thread.stopThread();
     thread.waitForThreadStop();
@@ -245,7 +276,7 @@ TEST(CThread, StoppingAnIdleThreadDoesNothing) {
     EXPECT_EQ(thread.m_strOrder, "");
 }
 
-TEST(CThread, AStopEndsTheRunAndIsOverWhenTheThreadIs) {
+TEST_F(CThreadTest, AStopEndsTheRunAndIsOverWhenTheThreadIs) {
     std::atomic<bool> bEnded{false};
     COpenThread thread([&](COpenThread& own) {
         own.m_waitStart.notify();
@@ -267,7 +298,7 @@ TEST(CThread, AStopEndsTheRunAndIsOverWhenTheThreadIs) {
     thread.join();
 }
 
-TEST(CThread, AStopAsksThroughTheSubclass) {
+TEST_F(CThreadTest, AStopAsksThroughTheSubclass) {
     class CAsked : public COpenThread {
     public:
         ~CAsked() override { stopThread(); }
@@ -283,7 +314,7 @@ TEST(CThread, AStopAsksThroughTheSubclass) {
     thread.join();
 }
 
-TEST(CThread, WaitingForTheEndAsksForNothing) {
+TEST_F(CThreadTest, WaitingForTheEndAsksForNothing) {
     bool bAsked = true;
     COpenThread thread([&](COpenThread& own) {
         std::this_thread::sleep_for(std::chrono::milliseconds(30));
@@ -296,7 +327,7 @@ TEST(CThread, WaitingForTheEndAsksForNothing) {
     thread.join();
 }
 
-TEST(CThread, AStopRequestToAnIdleThreadIsRememberedAsAWakeUp) {
+TEST_F(CThreadTest, AStopRequestToAnIdleThreadIsRememberedAsAWakeUp) {
     bool bStopSeen = true;
     COpenThread thread([&](COpenThread& own) {
         own.m_waitWake.wait(0); // the remembered one: nobody else notifies
@@ -311,7 +342,7 @@ TEST(CThread, AStopRequestToAnIdleThreadIsRememberedAsAWakeUp) {
     thread.join();
 }
 
-TEST(CThread, CanBeStartedAgain) {
+TEST_F(CThreadTest, CanBeStartedAgain) {
     int iRuns = 0;
     COpenThread thread([&](COpenThread& own) {
         ++iRuns;
@@ -326,7 +357,7 @@ TEST(CThread, CanBeStartedAgain) {
     EXPECT_EQ(thread.m_strOrder, "started stopped started stopped started stopped started stopped started stopped ");
 }
 
-TEST(CThread, TheEndOfAnEarlierRunDoesNotCountAsTheEndOfThis) {
+TEST_F(CThreadTest, TheEndOfAnEarlierRunDoesNotCountAsTheEndOfThis) {
     std::atomic<int> iRuns{0}, iEnds{0};
     COpenThread thread([&](COpenThread& own) {
         if (++iRuns == 1)
@@ -345,7 +376,7 @@ TEST(CThread, TheEndOfAnEarlierRunDoesNotCountAsTheEndOfThis) {
     thread.join();
 }
 
-TEST(CThread, AnAnnouncementOfNothingEndsNoWait) {
+TEST_F(CThreadTest, AnAnnouncementOfNothingEndsNoWait) {
     std::atomic<bool> bEnded{false};
     COpenThread thread([&](COpenThread& own) {
         own.m_waitStop.notify(); // as a late end of an earlier run
@@ -361,7 +392,7 @@ TEST(CThread, AnAnnouncementOfNothingEndsNoWait) {
     thread.join();
 }
 
-TEST(CThread, CanBeDestroyedAsSoonAsTheStopIsOver) {
+TEST_F(CThreadTest, CanBeDestroyedAsSoonAsTheStopIsOver) {
     for (int i = 0; i < 200; ++i) {
         COpenThread* const pThread = new COpenThread;
         pThread->startThread();
@@ -372,7 +403,37 @@ TEST(CThread, CanBeDestroyedAsSoonAsTheStopIsOver) {
     }
 }
 
-TEST(CThread, WithoutResourcesItStaysRunningWithNothingBehindIt) {
+TEST_F(CThreadTest, EachRunLogsItsStartAndItsEnd) {
+    CLogLines log;
+    std::wstring strExpected, strAtRun;
+    COpenThread thread([&](COpenThread&) { strAtRun = log.getLines(); });
+    for (const wchar_t* const pName : {L"one", L"", static_cast<const wchar_t*>(nullptr)}) {
+        thread.setThreadName(pName);
+        thread.startThread();
+        thread.awaitEnd();
+        thread.join();
+        const std::wstring strThread = L"Info|OrlixEngine|Thread (ID: " +
+                                       std::to_wstring(static_cast<unsigned int>(thread.m_thread)) + L", Name: " +
+                                       (pName ? pName : L"") + L") ";
+        strExpected += strThread + L"starts.\n";
+        EXPECT_EQ(strAtRun, strExpected) << "before run";
+        strExpected += strThread + L"exits.\n";
+        EXPECT_EQ(log.getLines(), strExpected);
+    }
+}
+
+TEST_F(CThreadTest, TheIDIsLoggedAsAnUnsignedNumber) {
+    CLogLines log;
+    COpenThread thread;
+    thread.notifyThreadStarted(0xFFFFFFFFu);
+    EXPECT_EQ(thread.getThreadID(), 0xFFFFFFFFu);
+    thread.notifyThreadStopped();
+    EXPECT_EQ(thread.getThreadID(), 0u);
+    EXPECT_EQ(log.getLines(), L"Info|OrlixEngine|Thread (ID: 4294967295, Name: Unknown) starts.\n"
+                              L"Info|OrlixEngine|Thread (ID: 4294967295, Name: Unknown) exits.\n");
+}
+
+TEST_F(CThreadTest, WithoutResourcesItStaysRunningWithNothingBehindIt) {
     class CHugeImp : public CImpThread {
     public:
         explicit CHugeImp(CThread* pThread) : CImpThread(pThread) {

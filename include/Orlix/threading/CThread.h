@@ -35,11 +35,11 @@ public:
     virtual void prepareStopThread();
     /** Waits until the thread ends by itself; returns at once if none runs. */
     virtual void waitForThreadStop();
-    /** Called on the new thread before run. An override calls this one. @param uiThreadID the system's id, cut to 32
+    /** Keeps the id and logs the start. Called on the new thread before run; an override calls this one. @param uiThreadID the system's id, cut to 32
      *  bits. */
     virtual void notifyThreadStarted(unsigned int uiThreadID);
-    /** Called on the ending thread behind run, as the last that touches the object: whoever waits for the end may then
-     *  destroy it. An override ends with this one. */
+    /** Logs the end and tells who waits for it. Called on the ending thread behind run, as the last that touches the
+     *  object: the waiter may destroy it. An override ends with this one. */
     virtual void notifyThreadStopped();
     /** The work of the thread, on it. */
     virtual void run() = 0;
