@@ -688,6 +688,7 @@ TEST_F(CXMLElementTest, CloneToWorksAmongRelativesAndIgnoresItselfAndNull) {
     ASSERT_TRUE(pRoot->parseFrom(pText));
     pRoot->cloneTo(pRoot);
     pRoot->cloneTo(nullptr);
+    EXPECT_EQ(pRoot->getSingleChild(L"b")->getLevel(), 1u) << "the children are the same ones, with their parent";
     EXPECT_EQ(save(), L"<root a=\"1\"><b><c x=\"2\"/></b></root>");
     pRoot->cloneTo(pRoot->getSingleChild(L"b"));
     EXPECT_EQ(save(), L"<root a=\"1\"><root a=\"1\"><b><c x=\"2\"/></b></root></root>");

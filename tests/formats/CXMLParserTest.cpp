@@ -373,7 +373,10 @@ TEST(CXMLParser, AStreamIsUTF8WithOrWithoutMark) {
         {"<a>x\x80\x80y</a>", L"xy"},                         // stray bytes are dropped
         {"\xC0\xBC"
          "a>t</a>",
-         L"t"},                            // an overlong "<" is one
+         L"t"}, // an overlong "<" is one
+        {"\xE0\x80\xBC"
+         "a>t</a>",
+         L"t"},
         {"<a>\xC3</a></a>", L"\x00fc/a>"}, // a lead byte takes the "<" behind it
     };
     for (const auto& row : aryRow) {
