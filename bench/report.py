@@ -27,21 +27,19 @@ def run(program, options):
         yield entry
 
 
-def collect(programs, processes, options):
-    """Per program, row and implementation: the real time in nanoseconds of each process."""
-    table = OrderedDict()
-    for program in programs:
-        rows = table.setdefault(Path(program).name.replace("orlix-bench-", ""), OrderedDict())
-        for number in range(processes):
-            print(f"{Path(program).name}: process {number + 1} of {processes}", file=sys.stderr)
-            for entry in run(program, options):
-                implementation, work = entry["name"].split("_", 1)
-                work = re.sub(r"/(real_time|process_time|manual_time|iterations:\d+|min_time:[0-9.]+)", "", work)
-                times = rows.setdefault(work, OrderedDict()).setdefault(implementation, [])
-                # What is counted by items is told per item: a row then does not depend on the size of its batch.
-                per_item = entry.get("items_per_second")
-                times.append(1e9 / per_item if per_item else entry["real_time"] * UNITS[entry["time_unit"]])
-    return table
+def collect(program, processes, options):
+    """Per row and implementation: the real time in nanoseconds of each process."""
+    rows = OrderedDict()
+    for number in range(processes):
+        print(f"{Path(program).name}: process {number + 1} of {processes}", file=sys.stderr)
+        for entry in run(program, options):
+            implementation, work = entry["name"].split("_", 1)
+            work = re.sub(r"/(real_time|process_time|manual_time|iterations:\d+|min_time:[0-9.]+)", "", work)
+            times = rows.setdefault(work, OrderedDict()).setdefault(implementation, [])
+            # What is counted by items is told per item: a row then does not depend on the size of its batch.
+            per_item = entry.get("items_per_second")
+            times.append(1e9 / per_item if per_item else entry["real_time"] * UNITS[entry["time_unit"]])
+    return rows
 
 
 def figure(times):
@@ -75,7 +73,7 @@ def print_section(name, rows):
                  f"{middle / floor['median_ns']:.2f}" if ours and floor else ""]
         cells += [cell(row[peer], middle) if peer in row else "" for peer in peers]
         print("| " + " | ".join(cells) + " |")
-    print()
+    print(flush=True)
 
 
 def main():
@@ -86,14 +84,15 @@ def main():
     parser.add_argument("programs", nargs="+")
     arguments = parser.parse_args()
 
-    table = collect(arguments.programs, arguments.processes, arguments.option)
-    result = {name: {work: {key: figure(times) for key, times in row.items()} for work, row in rows.items()}
-              for name, rows in table.items()}
-    arguments.json.write_text(json.dumps(result, indent=1))
     print("Median of the processes' real times, ± half of the spread between them; in brackets how many times as long "
           "as ours. Less than 1.3 either way counts as no difference.\n")
-    for name, rows in result.items():
-        print_section(name, rows)
+    result = {}
+    for program in arguments.programs:  # each as soon as it is done: the whole takes many minutes
+        name = Path(program).name.replace("orlix-bench-", "")
+        rows = collect(program, arguments.processes, arguments.option)
+        result[name] = {work: {key: figure(times) for key, times in row.items()} for work, row in rows.items()}
+        print_section(name, result[name])
+        arguments.json.write_text(json.dumps(result, indent=1))
 
 
 if __name__ == "__main__":
