@@ -1,6 +1,8 @@
 #include <benchmark/benchmark.h>
 
 #include <condition_variable>
+#include <cstdio>
+#include <cwchar>
 #include <mutex>
 #include <thread>
 
@@ -34,6 +36,7 @@ private:
 } // namespace
 
 int main(int argc, char** argv) {
+    std::fwide(stdout, -1); // narrow for the report, so that the library's wide lines do not take it over
     const CSleepingThread sleeping;
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
