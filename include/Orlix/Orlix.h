@@ -33,6 +33,9 @@
 #include <Orlix/foundation/IWaitObject.h>
 #include <Orlix/foundation/MapCompare.h>
 #include <Orlix/foundation/OrlixApi.h>
+#include <Orlix/input/CCursor.h>
+#include <Orlix/input/CMsgTouch.h>
+#include <Orlix/input/ITouchListener.h>
 #include <Orlix/math/CMath.h>
 #include <Orlix/memory/CMemAllocator.h>
 #include <Orlix/memory/CMemManager.h>
