@@ -6,6 +6,7 @@
 #include <Orlix/formats/CXMLHelper.h>
 #include <Orlix/formats/CXMLParser.h>
 #include <Orlix/formats/IXMLParserListener.h>
+#include <Orlix/foundation/CArrayIndex.h>
 #include <Orlix/foundation/CArrayPtr.h>
 #include <Orlix/foundation/CAutoSync.h>
 #include <Orlix/foundation/CDataArray.h>
@@ -21,6 +22,7 @@
 #include <Orlix/foundation/CObjectPoolRef.h>
 #include <Orlix/foundation/CObjectPtr.h>
 #include <Orlix/foundation/COwningContainer.h>
+#include <Orlix/foundation/CPlaceTable.h>
 #include <Orlix/foundation/CSet.h>
 #include <Orlix/foundation/CString.h>
 #include <Orlix/foundation/CStringConverter.h>
@@ -66,7 +68,14 @@
 #include <Orlix/system/IFile.h>
 #include <Orlix/system/IFolder.h>
 #include <Orlix/system/IPath.h>
+#include <Orlix/threading/CImpThread.h>
 #include <Orlix/threading/CImpTime.h>
+#include <Orlix/threading/CMsgTimer.h>
+#include <Orlix/threading/CThread.h>
 #include <Orlix/threading/CTime.h>
 #include <Orlix/threading/CTimeSpan.h>
+#include <Orlix/threading/CTimer.h>
+#include <Orlix/threading/CTimerManager.h>
+#include <Orlix/threading/IThread.h>
 #include <Orlix/threading/ITime.h>
+#include <Orlix/threading/ITimerListener.h>

@@ -12,6 +12,7 @@
 #include <Orlix/messaging/CMsgUser.h>
 #include <Orlix/messaging/CMsgVoiceContent.h>
 #include <Orlix/messaging/IMessageCenterListener.h>
+#include <Orlix/threading/CMsgTimer.h>
 #include <Orlix/threading/CTime.h>
 
 #include <utility>
@@ -33,6 +34,8 @@ using CMessageList = CObjectList<CBaseMessage>;
 bool isRenderOf(const CBaseMessage* pMessage, unsigned int uiID) {
     return pMessage && pMessage->getType() == CBaseMessage::MESSAGE_RENDER && pMessage->getID() == uiID;
 }
+
+bool isTimer(const CBaseMessage* pMessage) { return pMessage && pMessage->getType() == CBaseMessage::MESSAGE_TIMER; }
 
 /** @return the message itself if there is no memory for its place, otherwise null. */
 CBaseMessage* append(CMessageList& lstMessage, CBaseMessage* pMessage) {
@@ -136,7 +139,7 @@ CBaseMessage* CMessageCenter::route(CBaseMessage* pMessage, CMessageList& lstDro
     case CBaseMessage::MESSAGE_WEB_BROWSER:
         return join(m_lstData, LIST_DATA, pMessage);
     case CBaseMessage::MESSAGE_TIMER:
-        return join(m_lstTimer, LIST_TIMER, pMessage);
+        return joinTimer(pMessage);
     case CBaseMessage::MESSAGE_USER:
         return join(m_lstSystem, LIST_USER, pMessage); // not the user list, on purpose: see the header
     default:
@@ -148,6 +151,18 @@ CBaseMessage* CMessageCenter::route(CBaseMessage* pMessage, CMessageList& lstDro
 CBaseMessage* CMessageCenter::join(CMessageList& lstMessage, unsigned int uiListType, CBaseMessage* pMessage) {
     m_eLastList = uiListType;
     return append(lstMessage, pMessage);
+}
+
+/** Folds a timer message into the one that ends the list, so that a slow host finds one message and no backlog.
+ *  @return as route: the message itself also if its pulses have moved. */
+CBaseMessage* CMessageCenter::joinTimer(CBaseMessage* pMessage) {
+    m_lstTimer.toTail();
+    CBaseMessage* const pTail = m_lstTimer.previous();
+    if (!isTimer(pTail) || !isTimer(pMessage))
+        return join(m_lstTimer, LIST_TIMER, pMessage);
+    m_eLastList = LIST_TIMER;
+    static_cast<CMsgTimer*>(pTail)->margeDataFrom(static_cast<CMsgTimer*>(pMessage));
+    return pMessage;
 }
 
 void CMessageCenter::pushSystemMessage(CBaseMessage* pMessage) {
@@ -169,7 +184,7 @@ void CMessageCenter::pushDataMessage(CBaseMessage* pMessage) {
 
 void CMessageCenter::pushTimerMessage(CBaseMessage* pMessage) {
     if (pMessage)
-        delete join(m_lstTimer, LIST_TIMER, pMessage);
+        delete joinTimer(pMessage);
 }
 
 void CMessageCenter::pushUserMessage(CBaseMessage* pMessage) {
@@ -366,6 +381,20 @@ void CMessageCenter::deleteMessageByType(CBaseMessage::EMessageType eType) { del
 
 void CMessageCenter::deleteMessageByTypeAndID(CBaseMessage::EMessageType eType, unsigned int uiID) {
     deleteMatching(hasTypeAndID(eType, uiID));
+}
+
+void CMessageCenter::deleteTimerMessage(unsigned int uiTimerID) {
+    CMessageList lstDropped; // emptied after the lock is released
+    const CAutoSync sync(m_syncObject);
+    m_lstTimer.toHead();
+    while (CBaseMessage* const pMessage = m_lstTimer.next()) {
+        if (!isTimer(pMessage))
+            continue;
+        CMsgTimer* const pTimer = static_cast<CMsgTimer*>(pMessage);
+        pTimer->deleteDataByID(uiTimerID);
+        if (pTimer->getDataCount() == 0)
+            m_lstTimer.moveVisitedTo(lstDropped);
+    }
 }
 
 void CMessageCenter::clearMessageList() {

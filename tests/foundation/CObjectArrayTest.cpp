@@ -12,6 +12,7 @@
 #include <vector>
 
 using namespace Orlix;
+using namespace OrlixTest;
 
 namespace {
 
@@ -173,21 +174,21 @@ TEST(CObjectArray, WithoutMemoryAnAddedObjectIsDroppedAndNotDeleted) {
 #if !defined(ORLIX_TEST_ASAN) && !defined(ORLIX_TEST_TSAN) // both end the process when memory runs out
 // Kept as it is: the capacity is written before the allocation.
 TEST(CObjectArray, AFailedGrowthKeepsTheElementsAndTheNextAddTriesAgain) {
-    const OrlixTest::tagChildResult result = OrlixTest::runInChild([] {
+    const tagChildResult result = OrlixTest::runInChild([] {
         VecInt vecDeleted;
         CItem item(vecDeleted, 1);
         COpenArray ary(4);
         ary.setOwn(false);
         for (int i = 0; i < 4; ++i)
             ary.add(&item);
-        if (!OrlixTest::limitMemory(50000000))
+        if (!limitMemory(50000000))
             return 1;
         ary.ensureCapacity(20000000);
         const unsigned int uiCapacity = ary.getCapacity();
         ary.add(&item);
         if (uiCapacity < 20000000 || ary.getCapacity() != uiCapacity || ary.getSize() != 4 || ary[3] != &item)
             return 2;
-        OrlixTest::unlimitMemory();
+        unlimitMemory();
         ary.add(&item);
         return ary.getSize() == 5 && ary[4] == &item && ary.getCapacity() == uiCapacity ? 0 : 3;
     });
@@ -285,4 +286,81 @@ TEST(CObjectArray, BehavesLikeAVector) {
         ASSERT_EQ(ary.find(vec[i]), static_cast<int>(i));
     }
 }
+
+TEST(CObjectArray, RemovesAllThatMatchInOneWalk) {
+    VecInt vecDeleted;
+    COpenArray ary;
+    for (int i = 0; i < 7; ++i)
+        ary.add(new CItem(vecDeleted, i));
+    ary.removeMatching([](const CItem* pItem) { return pItem->m_iNumber % 3 == 0; });
+    EXPECT_EQ(vecDeleted, (VecInt{0, 3, 6}));
+    ASSERT_EQ(ary.getSize(), 4u);
+    const int aryLeft[] = {1, 2, 4, 5};
+    for (unsigned int i = 0; i < 4; ++i)
+        EXPECT_EQ(ary[i]->m_iNumber, aryLeft[i]);
+    for (unsigned int i = 4; i < ary.getCapacity(); ++i)
+        EXPECT_EQ(ary.m_ppData[i], nullptr) << i;
+    ary.removeMatching([](const CItem*) { return true; });
+    EXPECT_EQ(ary.getSize(), 0u);
+    COpenArray aryEmpty;
+    aryEmpty.removeMatching([](const CItem*) { return true; });
+    EXPECT_EQ(aryEmpty.getCapacity(), 0u);
+}
+
+TEST(CObjectArray, TakesAllElementsOfAnother) {
+    VecInt vecDeleted;
+    COpenArray ary, aryOther;
+    for (int i = 0; i < 3; ++i)
+        ary.add(new CItem(vecDeleted, i));
+    for (int i = 3; i < 8; ++i)
+        aryOther.add(new CItem(vecDeleted, i));
+    EXPECT_TRUE(ary.takeAll(aryOther));
+    EXPECT_EQ(ary.getSize(), 8u);
+    EXPECT_EQ(ary.getCapacity(), 11u) << "by the growth series: 4, 7, 11";
+    for (unsigned int i = 0; i < 8; ++i)
+        EXPECT_EQ(ary[i]->m_iNumber, static_cast<int>(i));
+    EXPECT_EQ(aryOther.getSize(), 0u);
+    EXPECT_EQ(aryOther.getCapacity(), 0u);
+    EXPECT_EQ(aryOther.m_ppData, nullptr);
+    EXPECT_TRUE(aryOther.isOwn());
+    EXPECT_FALSE(ary.takeAll(ary)) << "from itself nothing";
+    EXPECT_EQ(ary.getSize(), 8u);
+    EXPECT_TRUE(vecDeleted.empty());
+}
+
+TEST(CObjectArray, WhatOneOfTheTwoDoesNotOwnStaysInBoth) {
+    VecInt vecDeleted;
+    CItem item(vecDeleted, 1);
+    CObjectArray<CItem> ary, aryOther;
+    ary.setOwn(false);
+    aryOther.setOwn(false);
+    aryOther.add(&item);
+    EXPECT_TRUE(ary.takeAll(aryOther));
+    EXPECT_EQ(ary[0], &item);
+    EXPECT_EQ(aryOther[0], &item);
+}
+
+#if !defined(ORLIX_TEST_ASAN) && !defined(ORLIX_TEST_TSAN) // both end the process when memory runs out
+TEST(CObjectArray, WithoutMemoryItTakesNothingOfAnother) {
+    const tagChildResult result = runInChild([] {
+        VecInt vecDeleted;
+        CItem item(vecDeleted, 1);
+        CObjectArray<CItem> ary, aryOther;
+        ary.setOwn(false);
+        aryOther.setOwn(false);
+        ary.add(&item);
+        ary.add(&item);
+        ary.add(&item); // one slot is left
+        for (int i = 0; i < 5000; ++i)
+            aryOther.add(&item);
+        if (!limitMemory(0))
+            return 1;
+        useUpMemory();
+        const bool bTaken = ary.takeAll(aryOther);
+        unlimitMemory();
+        return !bTaken && ary.getSize() == 3 && aryOther.getSize() == 5000 ? 0 : 2;
+    });
+    EXPECT_EQ(result.iExitCode, 0);
+}
+#endif
 } // namespace

@@ -4,6 +4,7 @@
 #include <Orlix/messaging/CMessageCenterProxy.h>
 #include <Orlix/messaging/CMsgRender.h>
 #include <Orlix/messaging/CMsgUser.h>
+#include <Orlix/threading/CMsgTimer.h>
 #include <Orlix/threading/CTime.h>
 
 #include "messaging/RecordingListener.h"
@@ -26,8 +27,8 @@ using namespace OrlixTest;
 
 namespace {
 
-/** A message of any type; counts the living ones. */
-class CAnyMessage : public CBaseMessage {
+/** A message of any type, a timer message since one of type 40 has to be one; counts the living ones. */
+class CAnyMessage : public CMsgTimer {
 public:
     CAnyMessage(unsigned int uiType, unsigned int uiID) {
         m_eType = static_cast<EMessageType>(uiType);
@@ -417,10 +418,12 @@ TEST_F(CMessageCenterTest, ModifierKeysFollowTheirStates) {
 TEST_F(CMessageCenterTest, DeletesByIDByTypeAndByBothOverAllLists) {
     const auto fill = [this] {
         m_pCenter->clearMessageList();
-        for (unsigned int uiType : {10u, 20u, 31u, 40u, 50u, 1u}) {
+        for (unsigned int uiType : {10u, 20u, 31u, 50u, 1u}) {
             push(uiType, 1);
             push(uiType, 2);
         }
+        m_pCenter->m_lstTimer.add(new CAnyMessage(40, 1)); // directly: the second would be folded into the first
+        m_pCenter->m_lstTimer.add(new CAnyMessage(40, 2));
     };
     fill();
     EXPECT_EQ(m_pCenter->getMessageCount(), 12u);
@@ -555,7 +558,7 @@ public:
             pushRender(uiID);
         else if (uiType == 10 || uiType == 11 || uiType == 50)
             m_aryList[0].push_back({uiType, uiID});
-        else if (const unsigned int uiList = getListOf(uiType))
+        else if (const unsigned int uiList = getListOf(uiType); uiList != 0 && !isFolded(uiType))
             m_aryList[uiList].push_back({uiType, uiID});
         if (uiType == 50)
             m_uiLast = 4;
@@ -574,6 +577,9 @@ public:
 private:
     static unsigned int getListOf(unsigned int uiType) {
         return uiType >= 20 && uiType <= 25 ? 1 : uiType >= 31 && uiType <= 35 ? 2 : uiType == 40 ? 3 : 0;
+    }
+    bool isFolded(unsigned int uiType) const {
+        return uiType == 40 && !m_aryList[3].empty() && m_aryList[3].back().first == 40;
     }
     void pushRender(unsigned int uiID) {
         auto& list = m_aryList[m_uiLast];
@@ -686,7 +692,7 @@ TEST_F(CMessageCenterTest, SwitchesMayBeThrownWhileOthersPush) {
 
 TEST_F(CMessageCenterTest, UnderLoadNothingIsLostDoubledOrReorderedPerProducer) {
     constexpr unsigned int PRODUCERS = 4, MESSAGES = 250000;
-    const unsigned int aryType[] = {10, 20, 31, 40};
+    const unsigned int aryType[] = {10, 20, 31, 11}; // timer messages would be folded
     m_pCenter->setListener(nullptr);
     std::thread aryProducer[PRODUCERS];
     for (unsigned int p = 0; p < PRODUCERS; ++p) {

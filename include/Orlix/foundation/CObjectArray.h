@@ -79,6 +79,37 @@ public:
             removeAt(static_cast<unsigned int>(iIndex));
     }
 
+    /** Removes all elements that match, deletes the owned ones, and keeps the order of the others.
+     *  @param match called with each element; neither it nor a destructor may touch the array. */
+    template <class TMatch> void removeMatching(const TMatch& match) {
+        unsigned int uiKept = 0;
+        for (unsigned int i = 0; i < m_uiSize; ++i) {
+            if (match(static_cast<const T*>(m_ppData[i])))
+                deleteIfOwned(m_ppData[i]);
+            else
+                m_ppData[uiKept++] = m_ppData[i];
+        }
+        std::fill(m_ppData + uiKept, m_ppData + m_uiSize, nullptr);
+        m_uiSize = uiKept;
+    }
+
+    /** Appends the elements of another array. If both own theirs, the other is empty afterwards, otherwise it keeps
+     *  them too. @return false, and nothing changes, without memory or if the other array is this one. */
+    bool takeAll(CObjectArray& aryOther) {
+        if (&aryOther == this || aryOther.m_uiSize > UINT_MAX - m_uiSize)
+            return false;
+        ensureCapacity(m_uiSize + aryOther.m_uiSize);
+        if (m_uiSize + aryOther.m_uiSize > m_uiAllocated)
+            return false;
+        std::copy(aryOther.m_ppData, aryOther.m_ppData + aryOther.m_uiSize, m_ppData + m_uiSize);
+        m_uiSize += aryOther.m_uiSize;
+        if (m_bOwn && aryOther.m_bOwn) {
+            aryOther.m_uiSize = 0; // so that the elements stay
+            aryOther.clear();
+        }
+        return true;
+    }
+
     /** Removes all elements, deletes the owned ones from the first on, and frees the buffer. */
     void clear() {
         for (unsigned int i = 0; m_bOwn && i < m_uiSize; ++i) // the size is read anew: a destructor may remove others

@@ -57,8 +57,9 @@ public:
     IMessageCenterListener* getListener() const noexcept { return m_pListener; }
 
     /** Routes a message by its type and tells the listener, on this thread and without a lock; also when the message
-     *  was deleted: as a repeated repaint, for its unknown type, or without memory for its place. While the center is
-     *  closed the message is deleted and nobody is told. @param pMessage taken over; null is ignored. */
+     *  was deleted: as a repeated repaint, as a timer message whose pulses were folded into the tail, for its unknown
+     * type, or without memory for its place. While the center is closed the message is deleted and nobody is told.
+     * @param pMessage taken over; null is ignored. */
     void pushMessage(CBaseMessage* pMessage);
 
     void pushQuitMessage();
@@ -89,6 +90,9 @@ public:
     void deleteMessageByID(unsigned int uiID);
     void deleteMessageByType(CBaseMessage::EMessageType eType);
     void deleteMessageByTypeAndID(CBaseMessage::EMessageType eType, unsigned int uiID);
+    /** Deletes the waiting pulses of a timer, and the timer messages that are empty then. @param uiTimerID from
+     *  CTimer::getID. */
+    void deleteTimerMessage(unsigned int uiTimerID);
     /** Deletes every waiting message. */
     void clearMessageList();
 
@@ -108,6 +112,7 @@ public:
     void pushSystemMessage(CBaseMessage* pMessage);
     void pushInputMessage(CBaseMessage* pMessage);
     void pushDataMessage(CBaseMessage* pMessage);
+    /** Folds a timer message into the list's tail if that is one too. */
     void pushTimerMessage(CBaseMessage* pMessage);
     /** Appends to the system list, on purpose: a message between parts of the application outranks all input. */
     void pushUserMessage(CBaseMessage* pMessage);
@@ -145,6 +150,7 @@ private:
 
     CBaseMessage* route(CBaseMessage* pMessage, CObjectList<CBaseMessage>& lstDropped);
     CBaseMessage* join(CObjectList<CBaseMessage>& lstMessage, unsigned int uiListType, CBaseMessage* pMessage);
+    CBaseMessage* joinTimer(CBaseMessage* pMessage);
     CBaseMessage* joinRender(CObjectList<CBaseMessage>& lstMessage, CBaseMessage* pMessage, bool bPurge,
                              CObjectList<CBaseMessage>& lstDropped);
     void takeEarlierRenders(CObjectList<CBaseMessage>& lstMessage, unsigned int uiID,
