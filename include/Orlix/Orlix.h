@@ -36,6 +36,7 @@
 #include <Orlix/foundation/MapCompare.h>
 #include <Orlix/foundation/OrlixApi.h>
 #include <Orlix/input/CCursor.h>
+#include <Orlix/input/CCursorManager.h>
 #include <Orlix/input/CMsgTouch.h>
 #include <Orlix/input/ITouchListener.h>
 #include <Orlix/math/CMath.h>
