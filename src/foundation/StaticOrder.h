@@ -6,3 +6,4 @@
 #define ORLIX_STATIC_STRING __attribute__((init_priority(210)))
 #define ORLIX_STATIC_MEM_MANAGER __attribute__((init_priority(290)))
 #define ORLIX_STATIC_PATH __attribute__((init_priority(330)))
+#define ORLIX_STATIC_SURFACE __attribute__((init_priority(350)))
