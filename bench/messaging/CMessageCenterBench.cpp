@@ -4,21 +4,15 @@
 // Every post allocates one message and every take hands it to its receiver and frees it, each in the way that its
 // queue is really used. The floor takes the locks, the blocks of the floor heap and the clock readings that the
 // center's order asks for, and nothing else. Left out: the folding of repaints and timers, which saves messages.
-#include <Orlix/foundation/CString.h>
-#include <Orlix/foundation/CWaitObject.h>
 #include <Orlix/messaging/CMessageCenter.h>
-#include <Orlix/messaging/IMessageCenterListener.h>
 
-#include "messaging/CFloorCenter.h"
+#include "messaging/CenterChannel.h"
 
 #include <Poco/Notification.h>
 #include <Poco/NotificationQueue.h>
-#include <QCoreApplication>
 #include <QEvent>
-#include <benchmark/benchmark.h>
 #include <glib.h>
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -33,80 +27,12 @@ using Orlix::CMessageCenter;
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using Clock = CReceiver::Clock;
 
-/** The receiver of every message, whatever its queue. The host thread alone touches it, apart from what is marked. */
-class CReceiver {
+/** The center with messages of the list that is served first. */
+class OrlixCenter : public CCenterChannel<> {
 public:
-    unsigned int uiLeft = 0;                   // messages that receive still waits for
-    std::vector<double>* pLatencies = nullptr; // seconds from post to receipt, kept while wake-ups are measured
-    Clock::time_point timePosted;              // written by the poster before it posts, ordered by the queue
-    std::atomic<unsigned int> uiReceived{0};   // read by the poster, only while wake-ups are measured
-
-    void onMessage() {
-        --uiLeft;
-        if (pLatencies) {
-            pLatencies->push_back(std::chrono::duration<double>(Clock::now() - timePosted).count());
-            uiReceived.fetch_add(1);
-        }
-    }
-};
-CReceiver g_receiver;
-
-// Each channel has: post, from any thread; take, which delivers one message that is known to wait; receive, which
-// delivers g_receiver.uiLeft messages and sleeps whenever none waits.
-
-class CHostListener : public Orlix::IMessageCenterListener {
-public:
-    void onHandleUserMessage(unsigned int, Orlix::CObject*) override { g_receiver.onMessage(); }
-    void onHandleLogicEventMessage(unsigned int) override { g_receiver.onMessage(); }
-    void onMessageAvailable() override { m_waitMessage.notify(); }
-    void wait() { m_waitMessage.wait(0); }
-
-private:
-    Orlix::CWaitObject m_waitMessage{Orlix::STRING_NULL};
-};
-
-/** The center as a host uses it. */
-class OrlixCenter {
-public:
-    OrlixCenter() { CMessageCenter::getInstance()->setListener(&m_listener); }
-    ~OrlixCenter() { CMessageCenter::deleteInstance(); }
-
     void post() { CMessageCenter::getInstance()->pushUserMessage(1, nullptr, nullptr); }
-    void take() { CMessageCenter::getInstance()->popMessage()->handleMessage(); }
-    void receive() {
-        while (g_receiver.uiLeft != 0) {
-            if (const auto ptrMessage = CMessageCenter::getInstance()->popMessage())
-                ptrMessage->handleMessage();
-            else
-                m_listener.wait();
-        }
-    }
-
-private:
-    CHostListener m_listener;
-};
-
-/** The same with messages of the weighed lists. */
-class OrlixWeighedCenter : public OrlixCenter {
-public:
-    void post() { CMessageCenter::getInstance()->pushLogicEventMessage(1); }
-};
-
-template <bool TWeighed> class FloorCenter {
-public:
-    void post() { m_center.push(); }
-    void take() { m_center.pop(); }
-    void receive() {
-        while (g_receiver.uiLeft != 0) {
-            if (!m_center.pop())
-                m_center.wait();
-        }
-    }
-
-private:
-    CFloorCenter<TWeighed> m_center{[] { g_receiver.onMessage(); }};
 };
 
 class StdDeque {
@@ -198,14 +124,6 @@ private:
     Poco::NotificationQueue m_queue;
 };
 
-QObject* startQt() {
-    static int s_iArguments = 1;
-    static char s_szProgram[] = "orlix-bench-messagecenter";
-    static char* s_aryArgument[] = {s_szProgram, nullptr};
-    static QCoreApplication s_application(s_iArguments, s_aryArgument);
-    return nullptr;
-}
-
 /** Events posted to an object of the main thread. */
 class QtPostEvent : public QObject {
 public:
@@ -225,14 +143,6 @@ public:
         return true;
     }
 };
-
-template <class TChannel> void postTake(benchmark::State& state) {
-    TChannel channel;
-    for (auto _ : state) {
-        channel.post();
-        channel.take();
-    }
-}
 
 /** Several producers against one consumer that sleeps whenever nothing waits: from the opening of the gate to the
  *  receipt of the last message. */
@@ -266,34 +176,6 @@ template <class TChannel> void produce(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * MESSAGES);
 }
 
-/** One percentile of the time from a post to its receipt by a host that sleeps. */
-template <class TChannel> void wakeUp(benchmark::State& state, std::size_t uiPercent) {
-    constexpr unsigned int WAKE_UPS = 2000;
-    constexpr std::chrono::microseconds TIME_TO_FALL_ASLEEP(100);
-    TChannel channel;
-    for (auto _ : state) {
-        std::vector<double> arrLatency;
-        arrLatency.reserve(WAKE_UPS);
-        g_receiver.pLatencies = &arrLatency;
-        g_receiver.uiReceived = 0;
-        g_receiver.uiLeft = WAKE_UPS;
-        std::thread poster([&] {
-            for (unsigned int i = 0; i < WAKE_UPS; ++i) {
-                while (g_receiver.uiReceived.load() != i)
-                    std::this_thread::yield();
-                std::this_thread::sleep_for(TIME_TO_FALL_ASLEEP);
-                g_receiver.timePosted = Clock::now();
-                channel.post();
-            }
-        });
-        channel.receive();
-        poster.join();
-        g_receiver.pLatencies = nullptr;
-        std::sort(arrLatency.begin(), arrLatency.end());
-        state.SetIterationTime(arrLatency[WAKE_UPS * uiPercent / 100]);
-    }
-}
-
 // Batches small enough that a center which was empty stays nearly so.
 constexpr unsigned int BATCH = 100;
 
@@ -324,16 +206,12 @@ void pushOrPop(benchmark::State& state, unsigned int uiWaiting, bool bPop) {
 }
 
 template <class TChannel> void registerChannel(const std::string& strName) {
-    benchmark::RegisterBenchmark((strName + "_postTake").c_str(), postTake<TChannel>);
+    registerPostTake<TChannel>(strName);
     for (const int iProducers : {1, 4})
         benchmark::RegisterBenchmark((strName + "_produce").c_str(), produce<TChannel>)
             ->Arg(iProducers)
             ->UseManualTime();
-    const std::pair<const char*, std::size_t> aryPercentile[] = {{"_wakeUpMedian", 50}, {"_wakeUpP99", 99}};
-    for (const auto& percentile : aryPercentile)
-        benchmark::RegisterBenchmark((strName + percentile.first).c_str(), wakeUp<TChannel>, percentile.second)
-            ->UseManualTime()
-            ->Iterations(1);
+    registerWakeUp<TChannel>(strName);
 }
 
 void registerWaiting(const char* pName, unsigned int uiWaiting) {

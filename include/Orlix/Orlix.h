@@ -37,6 +37,15 @@
 #include <Orlix/foundation/IWaitObject.h>
 #include <Orlix/foundation/MapCompare.h>
 #include <Orlix/foundation/OrlixApi.h>
+#include <Orlix/input/CCursor.h>
+#include <Orlix/input/CCursorManager.h>
+#include <Orlix/input/CMsgTouch.h>
+#include <Orlix/input/CPlatformFactory.h>
+#include <Orlix/input/CSurface.h>
+#include <Orlix/input/IPlatformFactory.h>
+#include <Orlix/input/ISurface.h>
+#include <Orlix/input/ISurfaceListener.h>
+#include <Orlix/input/ITouchListener.h>
 #include <Orlix/math/CMath.h>
 #include <Orlix/memory/CMemAllocator.h>
 #include <Orlix/memory/CMemManager.h>

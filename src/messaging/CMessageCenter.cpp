@@ -1,6 +1,7 @@
 #include <Orlix/messaging/CMessageCenter.h>
 
 #include <Orlix/foundation/CAutoSync.h>
+#include <Orlix/input/CSurface.h>
 #include <Orlix/messaging/CMsgDataContext.h>
 #include <Orlix/messaging/CMsgGesture.h>
 #include <Orlix/messaging/CMsgHardkey.h>
@@ -28,6 +29,11 @@ constexpr unsigned int LIST_USER = 4;
 constexpr unsigned int KEY_SHIFT = 16;
 constexpr unsigned int KEY_CTRL = 17;
 constexpr unsigned int KEY_ALT = 18;
+
+// The platform's states of a finger; not those of CCursor, which start with none.
+constexpr unsigned int TOUCH_PRESS = 0;
+constexpr unsigned int TOUCH_MOVE = 1;
+constexpr unsigned int TOUCH_RELEASE = 2;
 
 using CMessageList = CObjectList<CBaseMessage>;
 
@@ -270,6 +276,27 @@ void CMessageCenter::updateModifier(unsigned int uiKey, unsigned int uiState) no
 }
 
 void CMessageCenter::pushIMEMessage(const CString& strText) { pushMessage(new CMsgIME(strText)); }
+
+void CMessageCenter::pushTouchMessage(unsigned int uiSurfaceID, unsigned int uiCursorID, int iX, int iY,
+                                      unsigned int uiState) {
+    CSurface* const pSurface = CSurface::getInstance(uiSurfaceID, true);
+    if (!pSurface)
+        return;
+    CCursorManager* const pManager = pSurface->getCursorManager();
+    switch (uiState) {
+    case TOUCH_PRESS:
+        pManager->addCursor(uiCursorID, iX, iY, 0);
+        break;
+    case TOUCH_MOVE:
+        pManager->updateCursor(uiCursorID, iX, iY, 0);
+        break;
+    case TOUCH_RELEASE:
+        pManager->removeCursor(uiCursorID, iX, iY, 0);
+        break;
+    default:
+        break;
+    }
+}
 
 void CMessageCenter::pushLogicEventMessage(unsigned int uiID) { pushMessage(new CMsgLogicEvent(uiID)); }
 

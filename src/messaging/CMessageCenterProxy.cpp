@@ -15,6 +15,7 @@ void CMessageCenterProxy::pushSystemMessage(unsigned int, CObject*, IMsgSystemLi
 void CMessageCenterProxy::pushGestureMessage(unsigned int, unsigned int, CObject*) {}
 void CMessageCenterProxy::pushHardkeyMessage(unsigned int, unsigned int) {}
 void CMessageCenterProxy::pushIMEMessage(const CString&) {}
+void CMessageCenterProxy::pushTouchMessage(unsigned int, unsigned int, int, int, unsigned int) {}
 void CMessageCenterProxy::pushLogicEventMessage(unsigned int) {}
 void CMessageCenterProxy::pushVoiceContentMessage(const CString&) {}
 void CMessageCenterProxy::pushDataContextMessage(unsigned int, CObject*) {}

@@ -88,6 +88,31 @@ TEST(CObjectArray, RemovalDeletesAndClosesTheGap) {
     EXPECT_EQ(ary.getCapacity(), 4u);
 }
 
+TEST(CObjectArray, AnObjectTakesThePlaceOfAnother) {
+    VecInt vecDeleted;
+    CItem outside(vecDeleted, 9);
+    COpenArray ary;
+    ary.add(nullptr);
+    ary.add(new CItem(vecDeleted, 1));
+    CItem* const pSecond = new CItem(vecDeleted, 2);
+    ary.setAt(0, pSecond);
+    ary.setAt(0, pSecond);
+    EXPECT_EQ(vecDeleted, VecInt{}) << "neither null nor itself is deleted";
+    EXPECT_EQ(ary[0], pSecond);
+    CItem* const pThird = new CItem(vecDeleted, 3);
+    ary.setAt(1, pThird);
+    EXPECT_EQ(vecDeleted, VecInt{1});
+    EXPECT_EQ(ary[1], pThird);
+    ary.setAt(2, &outside); // past the end: it stays the caller's
+    EXPECT_EQ(ary.getSize(), 2u);
+    ary.setAt(1, nullptr);
+    EXPECT_EQ(vecDeleted, (VecInt{1, 3}));
+    ary.setOwn(false);
+    ary.setAt(0, &outside);
+    EXPECT_EQ(vecDeleted, (VecInt{1, 3})) << "not owned, not deleted";
+    delete pSecond;
+}
+
 TEST(CObjectArray, ReadPastTheEndIsNull) {
     CObjectArray<CItem> ary(3);
     EXPECT_EQ(ary[0], nullptr);

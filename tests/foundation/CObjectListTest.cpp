@@ -225,6 +225,23 @@ TEST_F(CObjectListTest, MovesTheVisitedElementWithoutEndingTheWalk) {
     EXPECT_EQ(m_vecDeleted, (VecInt{0, 1, 3, 4}));
 }
 
+TEST_F(CObjectListTest, AnElementMovesToTheTailOfItsOwnList) {
+    for (int iCount = 1; iCount <= 3; ++iCount) {
+        m_lst.clear();
+        fill(iCount);
+        m_vecDeleted.clear();
+        m_lst.toHead();
+        CItem* const pHead = m_lst.next();
+        m_lst.moveVisitedTo(m_lst);
+        EXPECT_EQ(m_lst.getSize(), static_cast<unsigned int>(iCount));
+        EXPECT_EQ(m_lst.getAt(static_cast<unsigned int>(iCount) - 1), pHead);
+        EXPECT_EQ(m_lst.m_pTail->pNext, nullptr);
+        EXPECT_EQ(m_lst.m_pHead->pPrev, nullptr);
+    }
+    EXPECT_EQ(read(), (VecInt{1, 2, 0}));
+    EXPECT_EQ(m_vecDeleted, VecInt{});
+}
+
 #if !defined(ORLIX_TEST_ASAN) && !defined(ORLIX_TEST_TSAN) // both end the process when memory runs out
 TEST_F(CObjectListTest, WithoutMemoryAnAddedObjectIsDroppedAndNotDeleted) {
     CItem item(m_vecDeleted, 1);

@@ -42,6 +42,17 @@ public:
     T* operator[](unsigned int uiIndex) const noexcept { return uiIndex < m_uiSize ? m_ppData[uiIndex] : nullptr; }
     T* getAt(unsigned int uiIndex) const noexcept { return (*this)[uiIndex]; }
 
+    /** Puts an object in the place of another, which is deleted if owned; past the end nothing happens, and pObject
+     * stays the caller's. */
+    void setAt(unsigned int uiIndex, T* pObject) {
+        if (uiIndex >= m_uiSize)
+            return;
+        T* const pOld = m_ppData[uiIndex];
+        m_ppData[uiIndex] = pObject; // before the deletion: a destructor may look at the array
+        if (pOld != pObject)
+            deleteIfOwned(pOld);
+    }
+
     /** @return the first index that holds pObject, -1 if there is none. */
     int find(const T* pObject) const noexcept {
         for (unsigned int i = 0; i < m_uiSize; ++i) {

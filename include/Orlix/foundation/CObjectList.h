@@ -70,8 +70,8 @@ public:
             removeNode(pNode);
     }
 
-    /** Moves the element of the last next or previous to the tail of another list. It allocates nothing and deletes
-     *  nothing; the walk goes on. Nothing happens when that element has been removed already. */
+    /** Moves the element of the last next or previous to the tail of a list, also of this one. It allocates nothing and
+     *  deletes nothing; the walk goes on. Nothing happens when that element has been removed already. */
     void moveVisitedTo(CObjectList& lstTarget) {
         tagNode* const pNode = this->m_pVisited;
         if (!pNode)

@@ -71,6 +71,11 @@ public:
      *  @param uiState 1 to 3 for a key that is down, 4 and 5 for one that is up; others change no modifier. */
     void pushHardkeyMessage(unsigned int uiKey, unsigned int uiState);
     void pushIMEMessage(const CString& strText);
+    /** A finger's sample, as the platform reports it: hands it with the present time to the tracking of its surface,
+     *  which posts what results. A surface that nobody has opened is made, and ignores touches until it is enabled.
+     *  @param iX pixels on the surface. @param uiState 0 press, 1 move, 2 release; others are ignored, but make the
+     *  surface too. */
+    void pushTouchMessage(unsigned int uiSurfaceID, unsigned int uiCursorID, int iX, int iY, unsigned int uiState);
     void pushLogicEventMessage(unsigned int uiID);
     void pushVoiceContentMessage(const CString& strContent);
     /** @param pData gets a reference; may be null. */

@@ -23,6 +23,8 @@ public:
     static void pushGestureMessage(unsigned int uiParam, unsigned int uiID, CObject* pData);
     static void pushHardkeyMessage(unsigned int uiKey, unsigned int uiState);
     static void pushIMEMessage(const CString& strText);
+    static void pushTouchMessage(unsigned int uiSurfaceID, unsigned int uiCursorID, int iX, int iY,
+                                 unsigned int uiState);
     static void pushLogicEventMessage(unsigned int uiID);
     static void pushVoiceContentMessage(const CString& strContent);
     static void pushDataContextMessage(unsigned int uiID, CObject* pData);
