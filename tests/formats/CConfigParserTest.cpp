@@ -6,9 +6,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <map>
 #include <string>
@@ -57,6 +59,13 @@ protected:
     }
 
     std::string m_strFolder;
+};
+
+/** Settings of the test's own, with what they do not show. */
+struct tagConfigAccess : CConfigParser {
+    using CConfigParser::m_strFilePath;
+    using CConfigParser::m_strFolder;
+    using CConfigParser::m_xmlDocument;
 };
 
 /** Collects every visited setting as text. */
@@ -280,6 +289,19 @@ TEST_F(CConfigParserTest, UnsignedNumbersTakeHexadecimalAndSignedOnesADecimalSig
     EXPECT_EQ(config().getRenderGeometry().rectangle_offset_x, -7);
 }
 
+TEST_F(CConfigParserTest, WhatIsNoNumberIsReadAsStringsReadItAndNoRangeIsChecked) {
+    ASSERT_TRUE(load("<e><touch_param waver_distance=\"abc\" long_press_delay=\"-5\" double_tap_interval=\"\" "
+                     "continuous_press_interval=\"12px\"/><render_geometry rectangle_offset_x=\"0x10\" "
+                     "rectangle_offset_y=\"+3\"/><log_output file_size=\"4294967295\"/></e>"));
+    EXPECT_EQ(config().getTouchParam().waver_distance, 0u);
+    EXPECT_EQ(config().getTouchParam().long_press_delay, 0u);
+    EXPECT_EQ(config().getTouchParam().double_tap_interval, 0u) << "empty is not absent";
+    EXPECT_EQ(config().getTouchParam().continuous_press_interval, 12u);
+    EXPECT_EQ(config().getRenderGeometry().rectangle_offset_x, 0) << "hexadecimal is for unsigned numbers alone";
+    EXPECT_EQ(config().getRenderGeometry().rectangle_offset_y, 0);
+    EXPECT_EQ(config().getLogOutput().file_size, 4294967295u);
+}
+
 TEST_F(CConfigParserTest, ThreadElementsFillTheSlotOfTheirID) {
     ASSERT_TRUE(load("<e><thread_set><thread id=\"xx\" name=\"lost\" priority=\"1\"/><thread name=\"lost\"/>"
                      "<thread id=\"TM\" name=\"lost\"/><thread id=\"tm\" name=\"first\" priority=\"60\"/>"
@@ -289,6 +311,18 @@ TEST_F(CConfigParserTest, ThreadElementsFillTheSlotOfTheirID) {
         EXPECT_EQ(config().getThread().name[i], i == CConfigParser::THREAD_TM ? L"second" : L"") << i;
         EXPECT_EQ(config().getThread().priority[i], 51) << i;
     }
+}
+
+TEST_F(CConfigParserTest, AThreadElementWritesItsOwnSlotWhole) {
+    ASSERT_TRUE(load(OTHER_FILE));
+    ASSERT_TRUE(load("<e><thread_set><thread id=\"sm\"/><thread id=\"wb\" priority=\"70\"/></thread_set></e>"));
+    const CConfigParser::tagThread& thread = config().getThread();
+    EXPECT_EQ(thread.name[CConfigParser::THREAD_SM], L"") << "what the element does not name falls back";
+    EXPECT_EQ(thread.priority[CConfigParser::THREAD_SM], 51);
+    EXPECT_EQ(thread.name[CConfigParser::THREAD_WB], L"");
+    EXPECT_EQ(thread.priority[CConfigParser::THREAD_WB], 70);
+    EXPECT_EQ(thread.name[CConfigParser::THREAD_MQ], L"n0") << "a slot without an element stays";
+    EXPECT_EQ(thread.priority[CConfigParser::THREAD_RS], -11);
 }
 
 TEST_F(CConfigParserTest, NamesTheSlotsOfTheThreads) {
@@ -435,10 +469,25 @@ TEST_F(CConfigParserTest, AFileThatCannotBeLoadedLeavesAllAsItWas) {
     EXPECT_FALSE(config().save()) << "the document went with the failed load";
 }
 
+TEST_F(CConfigParserTest, AFailedLoadKeepsPathAndFolderAndLeavesAnEmptyDocument) {
+    tagConfigAccess access;
+    std::ofstream(filePath()) << "<e use_for_studio=\"true\"/>";
+    ASSERT_TRUE(access.load(widePath()));
+    EXPECT_EQ(access.m_strFilePath, widePath());
+    EXPECT_EQ(access.m_strFolder + L"/engine.xml", widePath());
+    std::ofstream(filePath()) << "<e use_for_studio=\"false\"><";
+    EXPECT_FALSE(access.load(L"/elsewhere/engine.xml"));
+    EXPECT_FALSE(access.load(CString(L"/") + widePath())) << "a syntax error";
+    EXPECT_EQ(access.m_strFilePath, widePath());
+    EXPECT_EQ(access.m_strFolder + L"/engine.xml", widePath());
+    EXPECT_TRUE(access.isUsedForStudio());
+    EXPECT_EQ(access.m_xmlDocument.getEncoding(), CXMLParser::XML_ENCODING_NONE);
+}
+
 TEST_F(CConfigParserTest, SavesOnlyWhatItOwns) {
     ASSERT_TRUE(load("<e use_for_studio=\"true\" keep=\"1\"><!--c--><log_level info=\"false\" odd=\"x\"/><surface_set "
-                     "a=\"b\"><surface width=\"1\" initial_color=\"7\" extra=\"y\"/><surface height=\"0x3\"/>"
-                     "</surface_set><unknown><deep>text</deep></unknown></e>"));
+                     "a=\"b\"><surface width=\"1\" initial_color=\"7\" extra=\"y\"/><surface width=\"0x2\" "
+                     "height=\"0x3\"/></surface_set><unknown><deep>text</deep></unknown></e>"));
     config().setSurfaceInitialColor(1, 0xABCDEF);
     config().changeSurfaceSize(0, 640, 480);
     config().setMergeWindow(true);
@@ -448,7 +497,7 @@ TEST_F(CConfigParserTest, SavesOnlyWhatItOwns) {
                           "\t<log_level info=\"false\" odd=\"x\"/>\n"
                           "\t<surface_set a=\"b\">\n"
                           "\t\t<surface extra=\"y\" height=\"480\" initial_color=\"0x00000007\" width=\"640\"/>\n"
-                          "\t\t<surface height=\"0x3\" initial_color=\"0x00ABCDEF\" width=\"0\"/>\n"
+                          "\t\t<surface height=\"0x3\" initial_color=\"0x00ABCDEF\" width=\"0x2\"/>\n"
                           "\t</surface_set>\n"
                           "\t<unknown>\n"
                           "\t\t<deep>text</deep>\n"
@@ -498,13 +547,37 @@ TEST_F(CConfigParserTest, SaveThatFailsStaysDue) {
 
 TEST_F(CConfigParserTest, CloseForgetsChangesButKeepsTheSettings) {
     ASSERT_TRUE(load(OTHER_FILE));
+    config().close();
+    EXPECT_EQ(settings(), otherSettings(inFolder(L"log/a.log")));
     config().setMergeWindow(false);
     config().close();
-    EXPECT_EQ(config().getTouchParam().waver_distance, 19u);
     ASSERT_TRUE(load("<e use_for_studio=\"true\"/>"));
     unlink(filePath().c_str());
     EXPECT_TRUE(config().save());
     EXPECT_NE(access(filePath().c_str(), F_OK), 0) << "a change from before close was saved";
+}
+
+TEST_F(CConfigParserTest, OneChangeIsEnoughAndALaterLoadKeepsItDue) {
+    constexpr const char* FILE_TEXT = "<e use_for_studio=\"true\"><surface_set><surface/></surface_set></e>";
+    ASSERT_TRUE(load(FILE_TEXT));
+    config().setMergeWindow(true);
+    config().setMergeWindow(false); // back where it was, and still a change
+    ASSERT_TRUE(load(FILE_TEXT));
+    unlink(filePath().c_str());
+    EXPECT_TRUE(config().save());
+    EXPECT_EQ(access(filePath().c_str(), F_OK), 0);
+    config().setSurfaceInitialColor(0, 1);
+    config().setMergeWindow(false); // no change, which takes none back
+    unlink(filePath().c_str());
+    EXPECT_TRUE(config().save());
+    EXPECT_EQ(access(filePath().c_str(), F_OK), 0);
+}
+
+TEST_F(CConfigParserTest, WhatALoadChangesIsNotDue) {
+    ASSERT_TRUE(load("<e use_for_studio=\"true\" merge_window=\"true\"/>"));
+    unlink(filePath().c_str());
+    EXPECT_TRUE(config().save());
+    EXPECT_NE(access(filePath().c_str(), F_OK), 0);
 }
 
 TEST_F(CConfigParserTest, SavePassesOverSurfacesThatTheDocumentHasNoPlaceFor) {
@@ -576,6 +649,31 @@ TEST_F(CConfigParserTest, DeletedInstanceComesBackWithDefaults) {
     EXPECT_EQ(settings(), DEFAULTS);
 }
 
+/** Collects where each visited field lies. */
+template <class TRecord> std::vector<const void*> addressesOf(const TRecord& record) {
+    std::vector<const void*> aryAddresses{&record};
+    TRecord::visit(record, [&](const wchar_t*, const auto& field) { aryAddresses.push_back(&field); });
+    aryAddresses.push_back(&record + 1);
+    return aryAddresses;
+}
+
+// Readers take the records as they lie in memory.
+TEST_F(CConfigParserTest, FieldsLieInTheOrderOfTheFile) {
+    const CConfigParser::tagSurface surface;
+    std::vector<const void*> arySurface = addressesOf(surface);
+    arySurface.insert(arySurface.end() - 1, &surface.param);
+    for (const std::vector<const void*>& aryAddresses :
+         {addressesOf(config().getLogLevel()), addressesOf(config().getLogOutput()),
+          addressesOf(config().getResourceCache()), addressesOf(config().getRenderCache()),
+          addressesOf(config().getRenderParam()), addressesOf(config().getRenderGeometry()),
+          addressesOf(config().getRenderText()), addressesOf(config().getTouchParam()),
+          addressesOf(config().getGestureParam()), addressesOf(config().getAnimationParam()), arySurface})
+        EXPECT_TRUE(std::is_sorted(aryAddresses.begin(), aryAddresses.end(), std::less<const void*>()))
+            << aryAddresses.size();
+    const CConfigParser::tagThread& thread = config().getThread();
+    EXPECT_LT(static_cast<const void*>(&thread.name), static_cast<const void*>(&thread.priority));
+}
+
 // The file that ships shows every attribute with its default, so loading it changes nothing.
 TEST_F(CConfigParserTest, TheShippedFileHasEveryAttributeAtItsDefault) {
     CString strPath;
@@ -600,5 +698,13 @@ TEST_F(CConfigParserTest, TheShippedFileHasEveryAttributeAtItsDefault) {
     CDataArray<CXMLElement*> aryThreads;
     xmlDocument.getRootElement()->getSingleChild(L"thread_set")->getChildren(L"thread", aryThreads);
     EXPECT_EQ(aryThreads.getSize(), 11u);
+    CXMLElement* const pSurface =
+        xmlDocument.getRootElement()->getSingleChild(L"surface_set")->getSingleChild(L"surface");
+    EXPECT_EQ(pSurface->getAttributeCount(), 15u);
+    ASSERT_EQ(config().getSurfaceCount(), 1u);
+    std::vector<std::wstring> aryShipped, aryDefault;
+    collect(aryShipped, *config().getSurfaceByIndex(0));
+    collect(aryDefault, CConfigParser::tagSurface());
+    EXPECT_EQ(aryShipped, aryDefault);
 }
 } // namespace

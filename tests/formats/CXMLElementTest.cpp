@@ -138,7 +138,9 @@ TEST_F(CXMLElementTest, AttributeNamesComeInAscendingOrder) {
     EXPECT_TRUE(pRoot->getAttributeNameByIndex(1) == L"b") << "an insertion begins a new walk";
     pRoot->deleteAttribute(L"a");
     EXPECT_TRUE(pRoot->getAttributeNameByIndex(0) == L"b");
-    EXPECT_EQ(save(), L"<root b=\"1\" m=\"1\" z=\"1\"/>");
+    pRoot->parseAttribute(L"a='2'/>");
+    EXPECT_TRUE(pRoot->getAttributeNameByIndex(0) == L"a") << "so does one by a parse";
+    EXPECT_EQ(save(), L"<root a=\"2\" b=\"1\" m=\"1\" z=\"1\"/>");
 }
 
 TEST_F(CXMLElementTest, DefaultsAreForAbsentAttributesOnly) {

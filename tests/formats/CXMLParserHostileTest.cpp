@@ -5,7 +5,9 @@
 #include "support/Sanitizer.h"
 #include "support/TempFolder.h"
 
+#include <Orlix/formats/CXMLElement.h>
 #include <Orlix/formats/CXMLParser.h>
+#include <Orlix/formats/IXMLParserListener.h>
 #include <Orlix/foundation/CStringConverter.h>
 
 #include <gtest/gtest.h>
@@ -191,6 +193,59 @@ TEST(CXMLParserHostile, WithoutMemoryAParseAndASaveEndInOrder) {
         });
         EXPECT_EQ(result.iExitCode, 0) << uiLimit;
     }
+}
+
+struct tagCounter : IXMLParserListener {
+    void onXMLDataChange() override { ++uiChanges; }
+    unsigned int uiChanges = 0;
+};
+
+/** Leaves memory for some thousand elements, but for no array of as many. */
+bool keepElementsOnly() {
+    constexpr unsigned int ELEMENTS = 6000;
+    CXMLElement spare;
+    for (unsigned int i = 0; i < ELEMENTS; ++i)
+        spare.addChild(L"c");
+    spare.clearChildren();
+    const bool bLimited = limitMemory(0);
+    hoardMemory();
+    return bLimited;
+}
+
+// A child that the array has no room for is no child, but whoever asked for it has it and is told so: on purpose.
+TEST(CXMLParserHostile, AddChildHandsOutWhatTheArrayHasNoMemoryFor) {
+    EXPECT_EQ(runInChild([] {
+                  CXMLParser parser;
+                  tagCounter counter;
+                  CXMLElement* const pRoot = parser.addRootElement(L"r");
+                  parser.setListener(&counter);
+                  if (!keepElementsOnly())
+                      return 2;
+                  unsigned int uiAdded = 0;
+                  CXMLElement* pChild = pRoot->addChild(L"c");
+                  for (; pChild && pRoot->getChildAt(uiAdded) == pChild; ++uiAdded)
+                      pChild = pRoot->addChild(L"c");
+                  if (!pChild || uiAdded == 0)
+                      return 3;
+                  return counter.uiChanges == uiAdded + 1 && pChild->getLevel() == 1 ? 0 : 4;
+              }).iExitCode,
+              0);
+}
+
+TEST(CXMLParserHostile, AParseGoesOnWithoutTheChildrenThatTheArrayHasNoMemoryFor) {
+    std::wstring strText = L"<r>";
+    for (unsigned int i = 0; i < 100000; ++i)
+        strText += L"<c/>";
+    strText += L"</r>";
+    EXPECT_EQ(runInChild([&] {
+                  CXMLElement element;
+                  if (!keepElementsOnly())
+                      return 2;
+                  if (!element.parseFrom(strText.c_str()))
+                      return 3; // children that are dropped and not deleted use up what is left
+                  return element.getChildAt(0) && !element.getChildAt(99999) ? 0 : 4;
+              }).iExitCode,
+              0);
 }
 #endif
 } // namespace

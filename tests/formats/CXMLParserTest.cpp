@@ -1,13 +1,16 @@
 #include <Orlix/formats/CXMLParser.h>
 
 #include "formats/XMLTreeAccess.h"
+#include "support/ChildProcess.h"
 #include "support/TempFolder.h"
 
 #include <Orlix/formats/IXMLParserListener.h>
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <string>
+#include <sys/resource.h>
 #include <type_traits>
 #include <unistd.h>
 
@@ -265,6 +268,27 @@ TEST(CXMLParser, ParseHeaderGivesThePositionBehindIt) {
     EXPECT_EQ(errorOf(parser), L"1:0 ") << "a report outside a parse";
 }
 
+TEST(CXMLParser, AHeaderThatBreaksBeforeItsEncodingKeepsTheOneThatWasThere) {
+    CXMLParser parser;
+    parser.create(CXMLParser::XML_ENCODING_UTF16);
+    EXPECT_EQ(parser.parseHeader(L"<?xml version='2.0' encoding='UTF-8'?>"), nullptr);
+    EXPECT_EQ(parser.getEncoding(), CXMLParser::XML_ENCODING_UTF16);
+    EXPECT_EQ(parser.parseHeader(L"<?xml version='1.0' coding='UTF-8'?>"), nullptr);
+    EXPECT_EQ(parser.getEncoding(), CXMLParser::XML_ENCODING_UTF16);
+    EXPECT_EQ(parser.parseHeader(L"<?xml version='1.0' encoding='UTF-8'>"), nullptr);
+    EXPECT_EQ(parser.getEncoding(), CXMLParser::XML_ENCODING_UTF8) << "read before the end is missed";
+}
+
+TEST(CXMLParser, AReportAfterAParseHasNoText) {
+    for (const wchar_t* const pText : {L"<a>\n<b/></a>", L"<a>\n<b></a>"}) {
+        CXMLParser parser;
+        const CString strText(pText);
+        parser.parseFromString(strText);
+        parser.notifyErrorPos(strText.getBuffer() + 5);
+        EXPECT_EQ(errorOf(parser), L"1:0 ") << pText;
+    }
+}
+
 TEST(CXMLParser, AParseReplacesTheDocumentWithoutNotice) {
     CXMLParser parser;
     tagCounter counter;
@@ -350,6 +374,7 @@ TEST(CXMLParser, NothingToReadIsLineOneColumnZero) {
     parser.empty();
     EXPECT_FALSE(parser.parseFromString(L""));
     EXPECT_EQ(errorOf(parser), L"1:0 ");
+    EXPECT_EQ(parser.getEncoding(), CXMLParser::XML_ENCODING_UTF8) << "a text, if a blank one, without a header";
     parser.empty();
     EXPECT_FALSE(parser.parseFromStream(nullptr));
     EXPECT_EQ(errorOf(parser), L"1:0 ");
@@ -383,6 +408,17 @@ TEST(CXMLParser, AStreamIsUTF8WithOrWithoutMark) {
         CXMLParser parser;
         ASSERT_TRUE(parser.parseFromStream(reinterpret_cast<const unsigned char*>(row.pBytes))) << row.pBytes;
         EXPECT_EQ(toText(parser.getRootElement()->getText()), row.pText) << row.pBytes;
+    }
+}
+
+TEST(CXMLParser, MarkupMayHideInAnOverlongForm) {
+    for (const char* const pLess : {"\xC0\xBC", "\xC1\xBC", "\xE0\x80\xBC", "\xE0\x81\xBC"}) {
+        const bool bLess = pLess[0] == '\xC0' || pLess[1] == '\x80'; // the others make a "|"
+        CXMLParser parser;
+        const std::string strBytes = std::string("<a>") + pLess + "b/></a>";
+        ASSERT_TRUE(parser.parseFromStream(reinterpret_cast<const unsigned char*>(strBytes.c_str())));
+        EXPECT_EQ(parser.getRootElement()->hasChild(L"b"), bLess);
+        EXPECT_EQ(toText(parser.getRootElement()->getText()), bLess ? L"" : L"|b/>");
     }
 }
 
@@ -448,6 +484,25 @@ TEST_F(CXMLFileTest, AFileNearOrBeyondFourGigabytesIsNotRead) {
         ASSERT_EQ(truncate(strFile.c_str(), lSize), 0); // a hole, which takes no room
         EXPECT_FALSE(parser.parseFromFile(strPath)) << lSize;
         EXPECT_EQ(errorOf(parser), L"1:0 ") << lSize;
+    }
+}
+
+TEST_F(CXMLFileTest, AFileThatEndsBeforeItsSizeIsNotRead) {
+    const CString strShort(L"/sys/devices/system/cpu/online"); // has the size of a page and a line in it
+    if (access("/sys/devices/system/cpu/online", R_OK) != 0)
+        GTEST_SKIP() << "no such file here";
+    EXPECT_FALSE(parser.parseFromFile(strShort));
+    EXPECT_EQ(errorOf(parser), L"1:0 ");
+    CString strText;
+    EXPECT_FALSE(CXMLParser::loadToString(strShort, strText));
+    EXPECT_TRUE(strText.isEmpty());
+}
+
+TEST_F(CXMLFileTest, AFileThatCannotTakeTheTextIsNotSaved) {
+    for (const auto eEncoding : {CXMLParser::XML_ENCODING_UTF8, CXMLParser::XML_ENCODING_UTF16}) {
+        parser.create(eEncoding);
+        parser.addRootElement(L"r")->setText(std::wstring(100000, L'x').c_str()); // more than the stream collects
+        EXPECT_FALSE(parser.saveToFile(CString(L"/dev/full"), false));
     }
 }
 
@@ -546,6 +601,20 @@ TEST_F(CXMLUpdateTest, LosesTheDocument) {
     EXPECT_TRUE(update({{L"x", L"y"}}));
     EXPECT_FALSE(parser.hasRootElement());
     EXPECT_EQ(parser.getEncoding(), CXMLParser::XML_ENCODING_NONE);
+}
+
+TEST_F(CXMLUpdateTest, LosesTheDocumentAlsoWhenTheSavingFails) {
+    write(std::string(100000, 'x'));
+    const tagChildResult result = runInChild([this] {
+        signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit{1000, 1000};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        parser.parseFromString(L"<a/>");
+        if (update({{L"y", L"z"}}))
+            return 1;
+        return parser.hasRootElement() || parser.getEncoding() != CXMLParser::XML_ENCODING_NONE ? 2 : 0;
+    });
+    EXPECT_EQ(result.iExitCode, 0);
 }
 
 TEST_F(CXMLUpdateTest, ChecksTheArraysBeforeTheFile) {

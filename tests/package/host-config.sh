@@ -137,3 +137,4 @@ expect_report 3 --config "$scratch/long.xml" --print-config
 grep -q '!?\[2J>' "$scratch/err" || fail "control characters reach the terminal"
 printf '<a><b/><' >"$scratch/cut.xml"
 expect_report 1 --config "$scratch/cut.xml" --print-config
+grep -qx "orlix-host: $scratch/cut.xml: the text ends within an element" "$scratch/err" || fail "wrong report of a cut file"
