@@ -517,20 +517,20 @@ TEST(CByteBuffer, APositionThatWrapsIsOutOfMemory) {
 #if !defined(ORLIX_TEST_ASAN) && !defined(ORLIX_TEST_TSAN)
 TEST(CByteBuffer, WithoutMemoryNothingChanges) {
     const OrlixTest::tagChildResult result = runInChild([] {
+        constexpr unsigned int LARGE = 1 << 26; // more than the heap of a process that ran other tests keeps
         CConfigParser::getInstance();
-        CByteBuffer buffer(0, 1 << 20);
-        std::string strLarge(1 << 20, 'x');
+        CByteBuffer buffer(0, LARGE);
+        const std::string strLarge(LARGE, 'x');
         write(buffer, "abc");
         write(buffer, strLarge.substr(3));
         if (!OrlixTest::limitMemory(1 << 19))
             return 1;
         write(buffer, strLarge);
-        buffer.setSize(3 << 20);
-        buffer.requstSize(4294967295u - (1 << 20));
-        if (stateOf(buffer) != TState{1 << 20, (1 << 20) + 3, 1 << 20} ||
-            std::memcmp(buffer.buffer(), "abcxxx", 6) != 0)
+        buffer.setSize(3 * LARGE);
+        buffer.requstSize(4294967295u - LARGE);
+        if (stateOf(buffer) != TState{LARGE, LARGE + 3, LARGE} || std::memcmp(buffer.buffer(), "abcxxx", 6) != 0)
             return 2;
-        const CByteBuffer none(1 << 20);
+        const CByteBuffer none(LARGE);
         return stateOf(none) == TState{0, 0, 0} && !none.buffer() ? 0 : 3;
     });
     EXPECT_EQ(result.iExitCode, 0);

@@ -431,6 +431,24 @@ TEST(CStringConverter, WritesUtf16IntoAZeroedTarget) {
     CStringConverter::convertToUTF16(L"A", nullptr, 8);
 }
 
+TEST(CStringConverter, FillsTheUTF16TargetExactlyAtEveryLength) {
+    std::mt19937 random(16);
+    std::wstring strText;
+    for (; strText.size() < 70; strText += static_cast<wchar_t>(random() % 0x10FFFF + 1)) {
+        for (unsigned int uiSize = 0; uiSize < 150; ++uiSize) {
+            std::string strTarget(151, '#'), strModel(uiSize, '\0');
+            for (unsigned int i = 0; i < uiSize / 2 && i < strText.size(); ++i) {
+                strModel[i * 2] = static_cast<char>(strText[i] & 0xFF);
+                strModel[i * 2 + 1] = static_cast<char>(strText[i] >> 8 & 0xFF);
+            }
+            strModel.resize(strTarget.size(), '#');
+            CStringConverter::convertToUTF16(strText.c_str(), reinterpret_cast<unsigned char*>(strTarget.data()),
+                                             uiSize);
+            ASSERT_EQ(strTarget, strModel) << strText.size() << " characters, " << uiSize << " bytes";
+        }
+    }
+}
+
 TEST(CStringConverter, ReadsUtf16UnitByUnit) {
     const unsigned short aryUnit[] = {0xFEFF, 0xD83D, 0xDE00, 0, 65};
     const auto* const pSource = reinterpret_cast<const unsigned char*>(aryUnit);

@@ -300,17 +300,18 @@ TEST(CVariant, IsAllocatedByTheLibrarysRoute) {
 #if !defined(ORLIX_TEST_ASAN) && !defined(ORLIX_TEST_TSAN)
 TEST(CVariant, WithoutMemoryItBecomesEmpty) {
     EXPECT_EQ(runInChild([] {
-                  static int s_aryLarge[1 << 18];
-                  CVariant variant(1L), large(s_aryLarge, 1 << 18);
+                  constexpr unsigned int COUNT = 1 << 24; // more than the heap of a process that ran other tests keeps
+                  static int s_aryLarge[COUNT];
+                  CVariant variant(1L), large(s_aryLarge, COUNT);
                   if (!OrlixTest::limitMemory(1 << 19))
                       return 1;
-                  variant.copyFrom(s_aryLarge, 1 << 18);
+                  variant.copyFrom(s_aryLarge, COUNT);
                   if (variant.getType() != CVariant::TYPE_EMPTY || variant.getArray<int>())
                       return 2;
-                  const CVariant copied(large), built(s_aryLarge, 1 << 18);
+                  const CVariant copied(large), built(s_aryLarge, COUNT);
                   if (copied.getType() != CVariant::TYPE_EMPTY || built.getType() != CVariant::TYPE_EMPTY)
                       return 3;
-                  large.copyFrom(large.getArray<int>(), 1 << 18);
+                  large.copyFrom(large.getArray<int>(), COUNT);
                   return large.getType() == CVariant::TYPE_EMPTY && large.getCount() == 0 ? 0 : 4;
               }).iExitCode,
               0);
