@@ -53,6 +53,13 @@ std::vector<unsigned int> stateOf(const CByteBuffer& buffer) {
 
 typedef std::vector<unsigned int> TState;
 
+/** Runs fnBody in a process of its own, where the memory layer reports blocks that are freed in error.
+ *  @return the reports. */
+template <class F> std::string reportsOf(F fnBody) {
+    const OrlixTest::tagChildResult result = runInChild([&] { return fnBody(), 0; });
+    return result.iExitCode == 0 ? result.strOutput : "crashed " + result.strOutput;
+}
+
 unsigned char* allocBytes(const std::string& strBytes) {
     void* const pBlock = CMemory::malloc(static_cast<unsigned int>(strBytes.size()), 0);
     std::memcpy(pBlock, strBytes.data(), strBytes.size());
@@ -367,8 +374,19 @@ TEST(CByteBuffer, AttachingFreesTheOwnBlockBefore) {
     buffer.attachBuffer(allocBytes("abcdef"), 6, 6, true);
     buffer.attachBuffer(bytesOf(strBlock), 3, 3, false);
     buffer.attachBuffer(allocBytes("ghi"), 3, 3, true);
-    buffer.attachBuffer(buffer.buffer(), 3, 2, true); // its own one stays
-    EXPECT_EQ(contentOf(buffer), "gh");
+    EXPECT_EQ(contentOf(buffer), "ghi");
+}
+
+TEST(CByteBuffer, AttachingTheBlockThatIsAttachedFreesNothing) {
+    EXPECT_EQ(reportsOf([] {
+                  CByteBuffer buffer;
+                  write(buffer, "abc");
+                  buffer.attachBuffer(buffer.buffer(), 3, 2, true);
+                  if (contentOf(buffer) != "ab")
+                      std::abort();
+                  buffer.clear();
+              }),
+              "");
 }
 
 TEST(CByteBuffer, DetachingFreesAnOwnBlock) {
@@ -409,17 +427,19 @@ TEST(CByteBuffer, ClearingAndAttachingFreeADetachedBlockToo) {
 }
 
 TEST(CByteBuffer, ABlockThatIsDetachedAndNotWrittenAgainStaysTheCallers) {
-    std::string strBlock("abcdef"); // not from CMemory: freeing it would be reported or worse
-    unsigned char* const pBlock = allocBytes("abcdef");
-    {
-        CByteBuffer first, second;
-        first.attachBuffer(bytesOf(strBlock), 6, 6, false);
-        first.detachBuffer();
-        second.attachBuffer(pBlock, 6, 6, false);
-        second.detachBuffer();
-    }
-    EXPECT_EQ(std::memcmp(pBlock, "abcdef", 6), 0);
-    CMemory::free(pBlock);
+    EXPECT_EQ(reportsOf([] {
+                  unsigned char* const pBlock = allocBytes("abcdef");
+                  CByteBuffer* const pBuffer = new CByteBuffer;
+                  pBuffer->attachBuffer(pBlock, 6, 6, false);
+                  pBuffer->detachBuffer();
+                  delete pBuffer;
+                  CMemory::free(pBlock); // reported if it has been freed before
+              }),
+              "");
+    unsigned char aryBlock[] = {1, 2, 3}; // not from CMemory, so freeing it would read what lies in front
+    CByteBuffer buffer;
+    buffer.attachBuffer(aryBlock, 3, 3, false);
+    buffer.detachBuffer();
 }
 
 // ---- Moving to the head

@@ -10,7 +10,7 @@
 
 #include <cstddef>
 #include <limits>
-#include <random>
+#include <string>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -47,7 +47,11 @@ template <class T> class CVariantOf : public testing::Test {};
 typedef testing::Types<wchar_t, signed char, unsigned char, short, unsigned short, int, unsigned int, long,
                        unsigned long, float, double, bool>
     TNumbers;
-TYPED_TEST_SUITE(CVariantOf, TNumbers);
+
+struct tagTypeName {
+    template <class T> static std::string GetName(int) { return "Tag" + std::to_string(CVariant(T()).getType()); }
+};
+TYPED_TEST_SUITE(CVariantOf, TNumbers, tagTypeName);
 
 template <class T> T someValue() { return static_cast<T>(std::numeric_limits<T>::max() / 2 + T(1)); }
 
