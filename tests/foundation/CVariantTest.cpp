@@ -24,6 +24,7 @@ static_assert(sizeof(CVariant) == 24 && !std::is_polymorphic<CVariant>::value, "
 static_assert(!std::is_constructible<CVariant, const int*>::value, "a pointer is no bool");
 static_assert(!std::is_constructible<CVariant, CString>::value && !std::is_constructible<CVariant, long long>::value,
               "neither is nor becomes one of the types");
+static_assert(!std::is_constructible<CVariant, std::vector<bool>::reference>::value, "it would become an int");
 
 /** Sees and sets what has no operation. */
 class CVariantProbe : public CVariant {

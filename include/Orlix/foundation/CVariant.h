@@ -68,8 +68,9 @@ private:
     }
 
     template <class T> using TIfNumber = std::enable_if_t<typeOf<T>() != TYPE_EMPTY>;
-    // What would be chosen among one function per type.
-    template <class T> using TNumberOf = std::conditional_t<typeOf<T>() != TYPE_EMPTY, T, decltype(+std::declval<T>())>;
+    // What would be chosen among one function per type. Not for classes: what those convert to may be narrower.
+    template <class T, class = std::enable_if_t<!std::is_class_v<T>>>
+    using TNumberOf = std::conditional_t<typeOf<T>() != TYPE_EMPTY, T, decltype(+std::declval<T>())>;
 
 public:
     /** Empty. */
