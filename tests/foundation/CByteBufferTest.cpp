@@ -288,6 +288,19 @@ TEST(CByteBuffer, ReadsWhatThereIs) {
     EXPECT_EQ(strTarget, "89########");
 }
 
+// The bytes go over one after the other, so what has been read already is read again.
+TEST(CByteBuffer, ReadsForwardAlsoIntoItself) {
+    CByteBuffer buffer;
+    write(buffer, "0123456789");
+    buffer.setPosition(0);
+    EXPECT_EQ(buffer.readBuffer(buffer.buffer() + 3, 6), 6u);
+    EXPECT_EQ(contentOf(buffer), "0120120129");
+    EXPECT_EQ(buffer.getPosition(), 6u);
+    buffer.setPosition(2);
+    EXPECT_EQ(buffer.readBuffer(buffer.buffer(), 7), 7u);
+    EXPECT_EQ(contentOf(buffer), "2012012129");
+}
+
 template <class T> void expectTooShort(T (CByteBuffer::*pRead)()) {
     for (unsigned int uiLeft = 0; uiLeft < sizeof(T); ++uiLeft) {
         CByteBuffer buffer;
