@@ -97,12 +97,12 @@ bool CByteBuffer::grow(unsigned int uiSize, unsigned char*& pReplaced) {
 }
 
 void CByteBuffer::writeBuffer(const unsigned char* pData, unsigned int uiCount) {
-    if (!pData)
+    if (!pData && uiCount != 0)
         return;
     unsigned char* pReplaced = nullptr;
     if (uiCount > UINT_MAX - m_uiPosition)
         reportNoMemory();
-    else if (changeSize(m_uiPosition + uiCount, pReplaced) && m_pBuffer) {
+    else if (changeSize(m_uiPosition + uiCount, pReplaced) && m_pBuffer && pData) {
         // Beyond the capacity of a block that is not owned, too: its size stays, but the caller knows its room.
         std::memmove(m_pBuffer + m_uiPosition, pData, uiCount);
         m_uiPosition += uiCount;

@@ -66,6 +66,40 @@ unsigned char* allocBytes(const std::string& strBytes) {
     return static_cast<unsigned char*>(pBlock);
 }
 
+class CByteBufferProbe : public CByteBuffer {
+public:
+    /** How far behind the object's start each field lies, in the order of their declaration. */
+    std::vector<std::ptrdiff_t> getOffsets() const {
+        std::vector<std::ptrdiff_t> aryOffset;
+        for (const void* pField : {static_cast<const void*>(&m_pBuffer), static_cast<const void*>(&m_bOwn),
+                                   static_cast<const void*>(&m_uiCapacity), static_cast<const void*>(&m_uiSize),
+                                   static_cast<const void*>(&m_uiIncrement), static_cast<const void*>(&m_uiPosition)})
+            aryOffset.push_back(static_cast<const char*>(pField) - reinterpret_cast<const char*>(this));
+        return aryOffset;
+    }
+    bool isOwn() const { return m_bOwn; }
+};
+
+TEST(CByteBuffer, TheFieldsAreInOrder) {
+    const std::ptrdiff_t iFirst = sizeof(CObject);
+    EXPECT_EQ(CByteBufferProbe().getOffsets(),
+              (std::vector<std::ptrdiff_t>{iFirst, iFirst + 8, iFirst + 12, iFirst + 16, iFirst + 20, iFirst + 24}));
+}
+
+TEST(CByteBuffer, OwnsItsBlockUntilOneIsAttachedWithout) {
+    std::string strBlock("abc");
+    CByteBufferProbe buffer;
+    EXPECT_TRUE(buffer.isOwn());
+    buffer.attachBuffer(bytesOf(strBlock), 3, 3, false);
+    EXPECT_FALSE(buffer.isOwn());
+    buffer.clear();
+    EXPECT_FALSE(buffer.isOwn()) << "clearing leaves that as it is";
+    buffer.detachBuffer();
+    EXPECT_TRUE(buffer.isOwn());
+    buffer.attachBuffer(allocBytes("abc"), 3, 3, true);
+    EXPECT_TRUE(buffer.isOwn());
+}
+
 // ---- Size and growth
 
 TEST(CByteBuffer, IsEmptyAtFirst) {
@@ -178,6 +212,9 @@ TEST(CByteBuffer, WritingNothingEndsTheContentAtThePosition) {
     buffer.writeBuffer(nullptr, 5);
     EXPECT_EQ(contentOf(buffer), "012") << "null is not even that";
     EXPECT_EQ(buffer.getPosition(), 1u);
+    buffer.writeBuffer(nullptr, 0); // what an empty container hands over
+    EXPECT_EQ(contentOf(buffer), "0");
+    EXPECT_EQ(buffer.getPosition(), 1u);
 }
 
 TEST(CByteBuffer, TypedValuesAreTheirBytes) {
@@ -249,6 +286,19 @@ TEST(CByteBuffer, ReadsWhatThereIs) {
     buffer.setPosition(8);
     EXPECT_EQ(buffer.readBuffer(bytesOf(strTarget), 4294967295u), 2u);
     EXPECT_EQ(strTarget, "89########");
+}
+
+// The bytes go over one after the other, so what has been read already is read again.
+TEST(CByteBuffer, ReadsForwardAlsoIntoItself) {
+    CByteBuffer buffer;
+    write(buffer, "0123456789");
+    buffer.setPosition(0);
+    EXPECT_EQ(buffer.readBuffer(buffer.buffer() + 3, 6), 6u);
+    EXPECT_EQ(contentOf(buffer), "0120120129");
+    EXPECT_EQ(buffer.getPosition(), 6u);
+    buffer.setPosition(2);
+    EXPECT_EQ(buffer.readBuffer(buffer.buffer(), 7), 7u);
+    EXPECT_EQ(contentOf(buffer), "2012012129");
 }
 
 template <class T> void expectTooShort(T (CByteBuffer::*pRead)()) {

@@ -22,7 +22,9 @@ namespace {
 
 static_assert(sizeof(CVariant) == 24 && !std::is_polymorphic<CVariant>::value, "three fields and no base");
 static_assert(!std::is_constructible<CVariant, const int*>::value, "a pointer is no bool");
-static_assert(!std::is_constructible<CVariant, CString>::value && !std::is_constructible<CVariant, char>::value, "");
+static_assert(!std::is_constructible<CVariant, CString>::value && !std::is_constructible<CVariant, long long>::value,
+              "neither is nor becomes one of the types");
+static_assert(!std::is_constructible<CVariant, std::vector<bool>::reference>::value, "it would become an int");
 
 /** Sees and sets what has no operation. */
 class CVariantProbe : public CVariant {
@@ -213,6 +215,21 @@ TEST(CVariant, GivesAValueOnlyForItsOwnType) {
     EXPECT_EQ(CVariant().getArray<int>(), nullptr);
 }
 
+TEST(CVariant, ANumberOfAnotherTypeIsPromoted) {
+    enum EPlain { PLAIN = -7 };
+    enum EFixed : unsigned int { FIXED = 7 };
+    const CVariant aryInt[] = {'x', PLAIN, u'x'}, aryUInt[] = {FIXED, U'x'};
+    for (const CVariant& variant : aryInt)
+        EXPECT_EQ(variant.getType(), CVariant::TYPE_INT);
+    for (const CVariant& variant : aryUInt)
+        EXPECT_EQ(variant.getType(), CVariant::TYPE_UINT);
+    EXPECT_EQ(aryInt[0].get<int>(), 120);
+    EXPECT_EQ(aryInt[1].get<int>(), -7);
+    CVariant assigned(L"abc", 3);
+    assigned = 'y';
+    EXPECT_EQ(assigned.get<int>(), 121);
+}
+
 TEST(CVariant, OnlyCharactersGetATerminator) {
     CVariant variant(L"abcdef", 3);
     EXPECT_STREQ(variant.getArray<wchar_t>(), L"abc");
@@ -271,10 +288,13 @@ TEST(CVariant, CopyingANumberOverAnArrayLeavesTheArrayBehind) {
     CMemory::free(pBlock);
 }
 
-TEST(CVariant, ANumberIsCopiedByItsWidth) {
+TYPED_TEST(CVariantOf, ANumberIsCopiedByItsWidth) {
+    const TypeParam tValue = someValue<TypeParam>();
     CVariantProbe variant(-1L);
-    variant.copyFrom(CVariant(static_cast<short>(0x1234)));
-    const unsigned char aryExpected[] = {0x34, 0x12, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
+    variant.copyFrom(CVariant(tValue));
+    unsigned char aryExpected[8];
+    std::memset(aryExpected, 0xFF, sizeof(aryExpected));
+    std::memcpy(aryExpected, &tValue, sizeof(tValue));
     EXPECT_EQ(std::memcmp(variant.getValueBytes(), aryExpected, sizeof(aryExpected)), 0);
 }
 

@@ -41,6 +41,13 @@ static_assert(std::is_same<decltype(CFile().getFileSize()), unsigned int>::value
 class CFileProbe : public CFile {
 public:
     bool isReadMode() const { return m_bReadMode; }
+    std::ptrdiff_t getReadModeOffset() const { return offsetOf(&m_bReadMode); }
+    std::ptrdiff_t getStreamOffset() const { return offsetOf(&m_pStream); }
+
+private:
+    std::ptrdiff_t offsetOf(const void* pField) const {
+        return static_cast<const char*>(pField) - reinterpret_cast<const char*>(this);
+    }
 };
 
 const unsigned char* bytesOf(const std::string& strBytes) {
@@ -87,6 +94,13 @@ std::string makeLongPath(const CTempFolder& temp, std::size_t uiBytes) {
 }
 
 // ---- Opening
+
+TEST(CFile, TheFieldsAreInOrder) {
+    const std::ptrdiff_t iFirst = sizeof(CObject);
+    EXPECT_EQ(CFileProbe().getReadModeOffset(), iFirst);
+    EXPECT_EQ(CFileProbe().getStreamOffset(), iFirst + 8);
+    static_assert(sizeof(CFile) == sizeof(CObject) + 16, "and there are no others");
+}
 
 TEST(CFile, IsClosedAtFirst) {
     CFileProbe file;

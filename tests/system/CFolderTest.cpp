@@ -107,6 +107,17 @@ std::string makeLongFolder(const std::string& strBase, std::size_t uiBytes) {
 
 // ---- Entries
 
+TEST(CFolder, TheFieldsOfAnEntryAreInOrder) {
+    const IFolder::tagEntry entry;
+    const auto at = [&entry](const void* pField) {
+        return static_cast<const char*>(pField) - reinterpret_cast<const char*>(&entry);
+    };
+    EXPECT_EQ(at(&entry.strPath), static_cast<std::ptrdiff_t>(sizeof(CObject)));
+    EXPECT_EQ(at(&entry.strName), at(&entry.strPath) + static_cast<std::ptrdiff_t>(sizeof(CString)));
+    EXPECT_EQ(at(&entry.bFolder), at(&entry.strName) + static_cast<std::ptrdiff_t>(sizeof(CString)));
+    EXPECT_FALSE(entry.bFolder);
+}
+
 TEST(CFolder, ListsWhatLiesInAFolder) {
     const CTempFolder temp;
     writeWhole(temp / "a.txt", "");

@@ -13,12 +13,15 @@
 #include <array>
 #include <atomic>
 #include <csignal>
+#include <fcntl.h>
 #include <filesystem>
 #include <random>
 #include <string>
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <thread>
 #include <type_traits>
+#include <unistd.h>
 #include <vector>
 
 using namespace Orlix;
@@ -202,6 +205,27 @@ TEST(CLog, AFileThatCannotBeOpenedIsLeftOut) {
     CLog::initialize();
     log("text");
     EXPECT_EQ(file.finish(), BOM + lineOf("text"));
+}
+
+TEST(CLog, AFileThatCannotBeEmptiedIsLeftOut) {
+    CFileLog file;
+    const int iMemory = memfd_create("log", MFD_ALLOW_SEALING | MFD_CLOEXEC); // to append to, but not to shorten
+    const std::string strFull(LIMIT + 1, 'x'), strPath = "/proc/self/fd/" + std::to_string(iMemory);
+    ASSERT_EQ(::write(iMemory, strFull.data(), strFull.size()), static_cast<ssize_t>(strFull.size()));
+    ASSERT_EQ(fcntl(iMemory, F_ADD_SEALS, F_SEAL_SHRINK), 0);
+    const std::ptrdiff_t iBefore = OrlixTest::countDescriptors();
+    file.setFile(LIMIT, strPath);
+    CLog::initialize();
+    EXPECT_EQ(OrlixTest::countDescriptors(), iBefore);
+    log("text");
+    CLog::unInitialize();
+    EXPECT_EQ(readWhole(strPath), strFull);
+    file.setFile(LIMIT + 1, strPath); // it is not too long now
+    CLog::initialize();
+    log("text");
+    CLog::unInitialize();
+    EXPECT_EQ(readWhole(strPath), strFull + lineOf("text"));
+    close(iMemory);
 }
 
 TEST(CLog, AFileThatCannotBeOpenedEndsTheOneBefore) {

@@ -52,8 +52,9 @@ public:
     void requstSize(unsigned int uiSize);
 
     /** Writes at the position and ends the content there.
-     *  @param pData may lie in the buffer; null writes nothing. @param uiCount a block that is not owned must have
-     *  room for it: there bytes beyond the capacity are written too, and the size stays. */
+     *  @param pData may lie in the buffer; null does nothing, unless uiCount is 0. @param uiCount 0 ends the content at
+     *  the position. A block that is not owned must have room for the bytes: there those beyond the capacity are
+     * written too, and the size stays. */
     void writeBuffer(const unsigned char* pData, unsigned int uiCount);
     void writeBYTE(unsigned char ucValue) { writeValue(ucValue); }
     void writeSHORT(short sValue) { writeValue(sValue); }

@@ -4,12 +4,14 @@
 
 #include <cstring>
 #include <type_traits>
+#include <utility>
 
 namespace Orlix {
 
 /** One number, or one copied array of numbers, and the tag that says which.
  *
- *  Values go in through the constructors, operator= and copyFrom, for exactly the types of the tags.
+ *  Values go in through the constructors, operator= and copyFrom, for the types of the tags; a single number of another
+ *  type goes in as what C++ promotes it to, a char as an int. A pointer is no bool.
  *  Threads: no lock, one at a time. Ownership: arrays are copied, in and out of other variants. */
 class ORLIX_API CVariant {
     ORLIX_HEAP_CLASS(L"CVariant")
@@ -66,11 +68,17 @@ private:
     }
 
     template <class T> using TIfNumber = std::enable_if_t<typeOf<T>() != TYPE_EMPTY>;
+    // What would be chosen among one function per type. Not for classes: what those convert to may be narrower.
+    template <class T, class = std::enable_if_t<!std::is_class_v<T>>>
+    using TNumberOf = std::conditional_t<typeOf<T>() != TYPE_EMPTY, T, decltype(+std::declval<T>())>;
 
 public:
     /** Empty. */
     CVariant() noexcept : m_aryValue{}, m_pArray(nullptr), m_eType(TYPE_EMPTY) {}
-    template <class T, class = TIfNumber<T>> CVariant(T tValue) noexcept : CVariant() { setScalar(tValue); }
+    template <class T, class TNumber = TNumberOf<T>, class = TIfNumber<TNumber>>
+    CVariant(T tValue) noexcept : CVariant() {
+        setScalar<TNumber>(tValue);
+    }
     /** Copies an array, as copyFrom does. */
     template <class T, class = TIfNumber<T>> CVariant(const T* pSource, unsigned int uiCount) : CVariant() {
         copyFrom(pSource, uiCount);
@@ -78,9 +86,10 @@ public:
     CVariant(const CVariant& other) : CVariant() { copyFrom(other); }
     ~CVariant() { clear(); }
 
-    template <class T, class = TIfNumber<T>> CVariant& operator=(T tValue) noexcept {
+    template <class T, class TNumber = TNumberOf<T>, class = TIfNumber<TNumber>>
+    CVariant& operator=(T tValue) noexcept {
         clear();
-        setScalar(tValue);
+        setScalar<TNumber>(tValue);
         return *this;
     }
     CVariant& operator=(const CVariant& other);
