@@ -14,6 +14,7 @@
 #include <iterator>
 #include <map>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include <sys/stat.h>
@@ -22,6 +23,10 @@
 using namespace Orlix;
 
 namespace {
+
+static_assert(std::has_virtual_destructor_v<CConfigParser> && !std::is_base_of_v<CObject, CConfigParser>);
+static_assert(!std::is_copy_constructible_v<CConfigParser> && !std::is_copy_assignable_v<CConfigParser>);
+static_assert(CConfigParser::THREAD_COUNT == 11 && CConfigParser::THREAD_PRIORITY == 51);
 
 /** A folder of the test's own with a configuration file in it, and settings that start from the defaults. */
 class CConfigParserTest : public testing::Test {
@@ -647,6 +652,35 @@ TEST_F(CConfigParserTest, DeletedInstanceComesBackWithDefaults) {
     CConfigParser::deleteInstance();
     CConfigParser::deleteInstance(); // without an instance nothing happens
     EXPECT_EQ(settings(), DEFAULTS);
+}
+
+/** One letter for the type of each visited field. */
+template <class TRecord> std::string typesOf(const TRecord& record) {
+    struct tagTypes {
+        std::string& strTypes;
+        void operator()(const wchar_t*, const bool&) const { strTypes += 'b'; }
+        void operator()(const wchar_t*, const int&) const { strTypes += 'i'; }
+        void operator()(const wchar_t*, const unsigned int&) const { strTypes += 'u'; }
+        void operator()(const wchar_t*, const CString&) const { strTypes += 's'; }
+    };
+    std::string strTypes;
+    TRecord::visit(record, tagTypes{strTypes});
+    return strTypes;
+}
+
+// The type decides how a value is read: signed numbers know no hexadecimal form, unsigned ones no sign.
+TEST_F(CConfigParserTest, FieldsAreFlagsSignedOrUnsignedNumbersOrTexts) {
+    EXPECT_EQ(typesOf(config().getLogLevel()), "bbbbb");
+    EXPECT_EQ(typesOf(config().getLogOutput()), "bus");
+    EXPECT_EQ(typesOf(CConfigParser::tagSurface()), "bssiiiiiuuuubbu");
+    EXPECT_EQ(typesOf(config().getResourceCache()), "uuuuu");
+    EXPECT_EQ(typesOf(config().getRenderCache()), "uuuuuuuu");
+    EXPECT_EQ(typesOf(config().getRenderParam()), "bbbbbus");
+    EXPECT_EQ(typesOf(config().getRenderGeometry()), "ii");
+    EXPECT_EQ(typesOf(config().getRenderText()), "uubb");
+    EXPECT_EQ(typesOf(config().getTouchParam()), "uuuu");
+    EXPECT_EQ(typesOf(config().getGestureParam()), "uuuu");
+    EXPECT_EQ(typesOf(config().getAnimationParam()), "u");
 }
 
 /** Collects where each visited field lies. */

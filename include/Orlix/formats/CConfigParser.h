@@ -253,7 +253,8 @@ public:
 
     /** Writes merge_window and each surface's size and colour back to the loaded file, if one of them has changed.
      *  Comments of the file are lost, all other settings are kept.
-     *  @return false if the file did not set use_for_studio, after close, and if the file cannot be written. */
+     *  @return false if the file did not set use_for_studio, after close and after a load that failed, and if the file
+     *  cannot be written. */
     bool save();
 
     /** Deletes all surfaces and what save needs. The other settings keep their values. */
