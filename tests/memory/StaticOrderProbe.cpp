@@ -2,6 +2,7 @@
 // among the library's own. Started plainly it runs itself as the probed program and compares what that printed.
 
 #include <Orlix/foundation/CString.h>
+#include <Orlix/input/CSurface.h>
 #include <Orlix/memory/CMemManager.h>
 #include <Orlix/memory/CMemory.h>
 #include <Orlix/system/CLogUtility.h>
@@ -92,23 +93,36 @@ CProbe g_probeLast(L"last");
 
 const void* g_pFolder = nullptr; // the block of the project folder's text
 
-// Says whether the library still keeps the project folder when its own turn to go comes.
-class CFolderProbe {
+const void* g_pSurface = nullptr;
+
+// Says whether the library still keeps a block when its own turn to go comes.
+class CBlockProbe {
 public:
-    explicit CFolderProbe(const wchar_t* szName) : m_szName(szName) {}
-    CFolderProbe(const CFolderProbe&) = delete;
-    CFolderProbe& operator=(const CFolderProbe&) = delete;
-    ~CFolderProbe() {
-        if (g_pFolder) // not in the program that only compares
-            std::wprintf(L"%ls: project folder %ls\n", m_szName, isManagerBlock(g_pFolder) ? L"kept" : L"given back");
+    CBlockProbe(const wchar_t* szName, const void* const& pBlock) : m_szName(szName), m_pBlock(pBlock) {}
+    CBlockProbe(const CBlockProbe&) = delete;
+    CBlockProbe& operator=(const CBlockProbe&) = delete;
+    ~CBlockProbe() {
+        if (m_pBlock) // not in the program that only compares
+            std::wprintf(L"%ls %ls\n", m_szName, isManagerBlock(m_pBlock) ? L"kept" : L"given back");
     }
 
 private:
     const wchar_t* m_szName;
+    const void* const& m_pBlock;
 };
 
-CFolderProbe g_probeBeforePath __attribute__((init_priority(329))) (L"before paths");
-CFolderProbe g_probeAfterPath __attribute__((init_priority(331))) (L"after paths");
+CBlockProbe g_probeBeforePath __attribute__((init_priority(329))) (L"before paths: project folder", g_pFolder);
+CBlockProbe g_probeAfterPath __attribute__((init_priority(331))) (L"after paths: project folder", g_pFolder);
+CBlockProbe g_probeBeforeSurface __attribute__((init_priority(349))) (L"before surfaces: surface", g_pSurface);
+CBlockProbe g_probeAfterSurface __attribute__((init_priority(351))) (L"after surfaces: surface", g_pSurface);
+
+// Nobody deletes the surface, and a finger is held on it to the end.
+void touchSurface() {
+    CSurface* const pSurface = CSurface::getInstance(0, false);
+    g_pSurface = pSurface;
+    pSurface->setEnable(true);
+    pSurface->getCursorManager()->addCursor(1, 10, 20, 0);
+}
 
 OrlixTest::CTempFolder* g_pLogFolder = nullptr;
 
@@ -151,6 +165,7 @@ int runProbed() {
     openLog();
     CPath::setProjectFolder(L"/project");
     g_pFolder = CPath::getProjectFolder().getBuffer();
+    touchSurface();
     g_probeLast.freeEarly();
     g_probeAfter.freeEarly();
 #ifndef ORLIX_TEST_ASAN // the library looks in front of these two, and the sanitizer stops the program there
@@ -210,6 +225,8 @@ const char EXPECTED[] = "first: built without manager, block of the system heap\
                         "before: frees 0x\n" INVALID_LINE "first: frees 0x\n" INVALID_LINE
 #endif
                         "last: gone with manager\n"
+                        "after surfaces: surface kept\n"
+                        "before surfaces: surface given back\n"
                         "after paths: project folder kept\n"
                         "before paths: project folder given back\n"
                         "log utility: gone with manager\n"
