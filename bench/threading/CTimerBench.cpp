@@ -1,4 +1,3 @@
-#include <Orlix/foundation/CWaitObject.h>
 #include <Orlix/messaging/CMessageCenter.h>
 #include <Orlix/messaging/IMessageCenterListener.h>
 #include <Orlix/threading/CTimer.h>
@@ -12,6 +11,7 @@
 #include <QCoreApplication>
 #include <QTimer>
 #include <glib.h>
+#include <semaphore.h>
 #include <uv.h>
 
 #include <atomic>
@@ -20,6 +20,8 @@
 #include <ctime>
 #include <memory>
 #include <string>
+#include <sys/select.h>
+#include <thread>
 #include <vector>
 
 // Timers of 10 ms whose receivers count their pulses. Each peer runs them as its manual says: in its event loop, except
@@ -46,7 +48,8 @@ double getProcessorSeconds() {
 
 class OrlixTimers : public IMessageCenterListener, public ITimerListener {
 public:
-    explicit OrlixTimers(unsigned int uiTimers) : m_waitMessage(STRING_NULL), m_end(RUN_MS, 1), m_extra(DELAY_MS, 0) {
+    explicit OrlixTimers(unsigned int uiTimers) : m_end(RUN_MS, 1), m_extra(DELAY_MS, 0) {
+        sem_init(&m_semMessage, 0, 0);
         CMessageCenter::getInstance()->setListener(this);
         m_extra.setListener(this);
         m_end.setListener(this);
@@ -63,12 +66,13 @@ public:
             ptrTimer->stop();
         CTimerManager::deleteInstance();
         CMessageCenter::deleteInstance();
+        sem_destroy(&m_semMessage);
     }
     void run() {
         m_end.start();
         while (!m_bEnd) {
             if (!handleNext())
-                m_waitMessage.wait(0);
+                sem_wait(&m_semMessage);
         }
     }
     /** What the host does before the next turn. */
@@ -89,12 +93,12 @@ public:
         m_vecTimer[uiTimer]->stop();
         m_vecTimer[uiTimer]->start();
     }
-    void onMessageAvailable() override { m_waitMessage.notify(); }
+    void onMessageAvailable() override { sem_post(&m_semMessage); }
     void onTimer(const CTimer*, unsigned int) override { count(); }
     void onTimerComplete(const CTimer*) override { m_bEnd = true; }
 
 private:
-    CWaitObject m_waitMessage;
+    sem_t m_semMessage; // posting takes no lock that the host would wait for as soon as it is awake
     CTimer m_end;
     CTimer m_extra;
     std::vector<std::unique_ptr<CTimer>> m_vecTimer;
@@ -106,6 +110,39 @@ private:
             ptrMessage->handleMessage();
         return !ptrMessage.isEmpty();
     }
+};
+
+/** Without timers and messages: what two threads cost of which one sleeps 10 ms and wakes the other. */
+class FloorTimers {
+public:
+    explicit FloorTimers(unsigned int uiTimers) : m_uiTimers(uiTimers) { sem_init(&m_semMessage, 0, 0); }
+    ~FloorTimers() { sem_destroy(&m_semMessage); }
+    FloorTimers(const FloorTimers&) = delete;
+    FloorTimers& operator=(const FloorTimers&) = delete;
+    void run() {
+        const Clock::time_point timeEnd = Clock::now() + std::chrono::milliseconds(RUN_MS);
+        std::atomic<bool> bEnd{false};
+        std::thread thread([&] {
+            while (!bEnd) {
+                timeval left{0, DELAY_MS * 1000};
+                select(0, nullptr, nullptr, nullptr, &left);
+                bEnd = Clock::now() >= timeEnd;
+                sem_post(&m_semMessage);
+            }
+        });
+        while (!bEnd) {
+            sem_wait(&m_semMessage);
+            for (unsigned int i = 0; i < m_uiTimers; ++i)
+                count();
+        }
+        thread.join();
+    }
+    void settle() {}
+    std::uint64_t getMade() const { return g_uiPulses; }
+
+private:
+    unsigned int m_uiTimers;
+    sem_t m_semMessage;
 };
 
 void startQt() {
@@ -318,13 +355,17 @@ template <class TTimers> void restart(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * CHANGES_PER_TURN);
 }
 
+template <class TTimers> void registerRun(const std::string& strName, int iTimers) {
+    benchmark::RegisterBenchmark((strName + "_processorTime").c_str(), runTimers<TTimers>)
+        ->Arg(iTimers)
+        ->UseManualTime()
+        ->Iterations(1)
+        ->Unit(benchmark::kMillisecond);
+}
+
 template <class TTimers> void registerTimers(const std::string& strName) {
     for (const int iTimers : {1, 100, 10000}) {
-        benchmark::RegisterBenchmark((strName + "_processorTime").c_str(), runTimers<TTimers>)
-            ->Arg(iTimers)
-            ->UseManualTime()
-            ->Iterations(1)
-            ->Unit(benchmark::kMillisecond);
+        registerRun<TTimers>(strName, iTimers);
         benchmark::RegisterBenchmark((strName + "_startStop").c_str(), startStop<TTimers>)
             ->Arg(iTimers)
             ->UseManualTime();
@@ -334,6 +375,8 @@ template <class TTimers> void registerTimers(const std::string& strName) {
 
 [[maybe_unused]] const bool s_bRegistered = [] {
     registerTimers<OrlixTimers>("CTimer");
+    for (const int iTimers : {1, 100, 10000})
+        registerRun<FloorTimers>("Floor", iTimers);
     registerTimers<QtTimers>("QTimer");
     registerTimers<GTimeouts>("GTimeout");
     registerTimers<UvTimers>("UvTimer");

@@ -15,7 +15,7 @@ CTimerManager* CTimerManager::s_pInstance = nullptr;
 
 CTimerManager::CTimerManager()
     : m_uiInterval(INTERVAL_MS), m_waitSleep(STRING_NULL), m_indexTimer(m_aryTimer), m_indexDeleted(m_aryDeletedID),
-      m_uiDeletedSize(0) {}
+      m_uiDeletedSize(0), m_uiLastPulses(0) {}
 
 CTimerManager::~CTimerManager() = default;
 
@@ -77,6 +77,7 @@ void CTimerManager::pulseTimers() {
 
 void CTimerManager::pulseDue(unsigned int uiNow) {
     m_aryPulse.clear();
+    m_aryPulse.ensureCapacity(m_uiLastPulses); // as many as in the last cycle, most likely
     unsigned int i = 0;
     while (i < m_aryTimer.getSize()) {
         if (m_aryTimer[i]->pulse(uiNow))
@@ -88,6 +89,7 @@ void CTimerManager::pulseDue(unsigned int uiNow) {
 
 void CTimerManager::postPulses() {
     const unsigned int uiCount = m_aryPulse.getSize();
+    m_uiLastPulses = uiCount;
     if (uiCount == 0)
         return;
     CMsgTimer* const pMessage = new CMsgTimer;

@@ -259,6 +259,27 @@ TEST_F(CMsgTimerTest, OnlyTheLastPulseOfAMessageTakesItAlong) {
     EXPECT_EQ(m_pCenter->getMessageCount(), 0u) << "also one that was empty before";
 }
 
+// Noted first, the ID could be forgotten with the message that the host is just ending, and the waiting pulse would
+// then find its timer gone.
+TEST_F(CMsgTimerTest, WaitingPulsesGoBeforeTheIDOfTheirTimerIsNoted) {
+    class CWatching : public CTimerData {
+    public:
+        CWatching(CTimer& timer, bool& bNoted) : CTimerData(&timer, CTimer::TIMER_PULSE, 1), m_bNoted(bNoted) {}
+        ~CWatching() override { m_bNoted = CTimerManager::getInstance()->checkIsDeletedTimer(m_uiID); }
+
+    private:
+        bool& m_bNoted;
+    };
+    CTimer timer;
+    bool bNoted = true;
+    CMsgTimer* const pMessage = new CMsgTimer;
+    pMessage->addData(new CWatching(timer, bNoted));
+    m_pCenter->pushMessage(pMessage);
+    m_pManager->removeTimer(&timer);
+    EXPECT_FALSE(bNoted);
+    EXPECT_TRUE(m_pManager->checkIsDeletedTimer(timer.getID()));
+}
+
 TEST_F(CMsgTimerTest, AClosedCenterLosesThePulses) {
     CTimer timer(0, 0);
     timer.start();

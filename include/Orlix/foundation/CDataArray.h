@@ -88,8 +88,7 @@ public:
     void removeAt(unsigned int uiIndex) {
         if (uiIndex >= m_uiSize)
             return;
-        for (unsigned int i = uiIndex + 1; i < m_uiSize; ++i)
-            m_pData[i - 1] = std::move(m_pData[i]);
+        std::move(m_pData + uiIndex + 1, m_pData + m_uiSize, m_pData + uiIndex);
         m_pData[--m_uiSize] = T();
     }
 

@@ -67,8 +67,7 @@ public:
         if (uiIndex >= m_uiSize)
             return;
         deleteIfOwned(m_ppData[uiIndex]);
-        for (unsigned int i = uiIndex + 1; i < m_uiSize; ++i)
-            m_ppData[i - 1] = m_ppData[i];
+        std::copy(m_ppData + uiIndex + 1, m_ppData + m_uiSize, m_ppData + uiIndex);
         m_ppData[--m_uiSize] = nullptr;
     }
 

@@ -35,8 +35,8 @@ public:
     virtual void prepareStopThread();
     /** Waits until the thread ends by itself; returns at once if none runs. */
     virtual void waitForThreadStop();
-    /** Keeps the id and logs the start. Called on the new thread before run; an override calls this one. @param uiThreadID the system's id, cut to 32
-     *  bits. */
+    /** Keeps the id and logs the start. Called on the new thread before run; an override calls this one. @param
+     * uiThreadID the system's id, cut to 32 bits. */
     virtual void notifyThreadStarted(unsigned int uiThreadID);
     /** Logs the end and tells who waits for it. Called on the ending thread behind run, as the last that touches the
      *  object: the waiter may destroy it. An override ends with this one. */

@@ -57,6 +57,7 @@ protected:
     CArrayIndex<CTimer*> m_indexTimer;         // of m_aryTimer
     CArrayIndex<unsigned int> m_indexDeleted;  // of m_aryDeletedID
     std::atomic<unsigned int> m_uiDeletedSize; // of m_aryDeletedID, to be read without the lock
+    unsigned int m_uiLastPulses;               // of the last cycle; of the timer thread
 
     static CTimerManager* s_pInstance;
 
