@@ -51,7 +51,7 @@ void* markLive(unsigned char* pHeader) {
 void lendBufferToStdout() {
     static char s_aryBuffer[1024];
     if (std::fwide(stdout, 0) != 0)
-        return; // it has had its first line
+        return;                                  // it has had its first line
     void* volatile pProbe = std::malloc(BUFSIZ); // volatile, or a compiler takes the probe for needless
     if (!pProbe)
         std::setvbuf(stdout, s_aryBuffer, _IOLBF, sizeof(s_aryBuffer));
