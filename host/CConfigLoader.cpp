@@ -9,6 +9,8 @@
 #include <cwctype>
 #include <string>
 
+#include <unistd.h>
+
 using namespace Orlix;
 
 namespace {
@@ -39,6 +41,14 @@ void printLine(const CString& strLine, unsigned int uiColumn) {
     std::fprintf(stderr, "%s\n%s^\n", toPrintable(strShown).c_str(), strIndent.c_str());
 }
 
+/** The folder of the running program with a slash behind it; empty if the system does not tell. */
+std::string getExecutableFolder() {
+    char aryPath[PATH_MAX];
+    const ssize_t iLength = readlink("/proc/self/exe", aryPath, sizeof(aryPath));
+    const std::string strPath(aryPath, iLength > 0 ? static_cast<std::size_t>(iLength) : 0);
+    return strPath.substr(0, strPath.rfind('/') + 1);
+}
+
 /** The settings do not keep the place of an error, so the file is read once more for it. */
 void reportError(const char* pPath, const CString& strPath) {
     CXMLParser xmlDocument;
@@ -67,4 +77,11 @@ bool CConfigLoader::load(const char* pPath) {
         return true;
     reportError(pPath, strPath);
     return false;
+}
+
+bool CConfigLoader::loadShipped() {
+    const std::string strFolder = getExecutableFolder();
+    const std::string strBeside = strFolder + "engine.xml";
+    return load(access(strBeside.c_str(), F_OK) == 0 ? strBeside.c_str()
+                                                     : (strFolder + "../share/orlix/engine.xml").c_str());
 }

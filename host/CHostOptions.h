@@ -8,16 +8,28 @@ public:
 
     /** The file that is played line by line, "-" for standard input; null for none. */
     const char* getTextPath() const noexcept { return m_pTextPath; }
-    /** The configuration file; null for the built-in defaults. */
+    /** The recorded touches that are played, "-" for standard input; null for none. */
+    const char* getPlayPath() const noexcept { return m_pPlayPath; }
+    /** The configuration file; null for none. */
     const char* getConfigPath() const noexcept { return m_pConfigPath; }
+    /** The surface that gets the touches. */
+    unsigned int getSurface() const noexcept { return m_uiSurface; }
+    /** Whether touches are played without waiting. */
+    bool isFast() const noexcept { return m_bFast; }
     /** Whether to print the settings instead of running. */
     bool isPrintConfig() const noexcept { return m_bPrintConfig; }
 
 private:
     const char* m_pTextPath = nullptr;
+    const char* m_pPlayPath = nullptr;
     const char* m_pConfigPath = nullptr;
+    const char* m_pSurface = nullptr;
+    unsigned int m_uiSurface = 0;
+    bool m_bFast = false;
     bool m_bPrintConfig = false;
 
-    const char** findValueOption(const char* pOption) noexcept;
-    bool check() const;
+    bool* findFlag(const char* pOption) noexcept;
+    const char** findValue(const char* pOption) noexcept;
+    bool check();
+    bool readSurface();
 };

@@ -1,10 +1,16 @@
-// orlix-host: a complete host application. It loads the settings, owns the loop and feeds the library.
+// orlix-host: a complete host application. It loads the settings, brings the library up, owns the loop, and plays one
+// source of work: a text, or recorded touches.
 
 #include "CConfigLoader.h"
 #include "CConfigPrinter.h"
 #include "CHostApplication.h"
 #include "CHostOptions.h"
+#include "CSourceThread.h"
 #include "CTextSource.h"
+#include "CTouchSource.h"
+#include "ExitCode.h"
+
+#include <Orlix/formats/CConfigParser.h>
 
 #include <cerrno>
 #include <clocale>
@@ -13,32 +19,55 @@
 
 namespace {
 
-constexpr int EXIT_OUTPUT = 1;
-constexpr int EXIT_USAGE = 2;
-
-int refuse(const char* pPath, int iError) {
-    std::fprintf(stderr, "orlix-host: cannot read %s: %s\n", pPath, std::strerror(iError));
-    return EXIT_USAGE;
-}
-
+/** @return EXIT_DONE unless the output was lost. */
 int finishOutput() {
     if (std::fflush(stdout) == 0 && !std::ferror(stdout))
-        return 0;
+        return EXIT_DONE;
     std::fprintf(stderr, "orlix-host: the output could not be written\n");
     return EXIT_OUTPUT;
 }
 
+bool open(ISource& source, const char* pPath) {
+    if (source.open(pPath))
+        return true;
+    std::fprintf(stderr, "orlix-host: cannot read %s: %s\n", pPath, std::strerror(errno));
+    return false;
+}
+
+/** Plays a source to its end. @return its exit code. */
+int play(CHostApplication& application, ISource& source) {
+    CSourceThread thread(source);
+    application.runLoop();
+    return thread.join();
+}
+
 int playText(const char* pPath) {
     CTextSource source;
-    if (!source.open(pPath))
-        return refuse(pPath, errno);
-    CHostApplication application;
-    source.start();
-    application.runLoop();
-    if (source.getError() != 0)
-        return refuse(pPath, source.getError());
-    application.printSummary();
+    if (!open(source, pPath))
+        return EXIT_USAGE;
+    CHostApplication application; // a text needs neither surfaces nor timers
+    const int iExitCode = play(application, source);
+    if (iExitCode != EXIT_DONE)
+        return iExitCode;
+    application.printTextSummary();
     return finishOutput();
+}
+
+int playTouches(const CHostOptions& options) {
+    if (options.getSurface() >= Orlix::CConfigParser::getInstance()->getSurfaceCount()) {
+        std::fprintf(stderr, "orlix-host: the configuration has no surface %u\n", options.getSurface());
+        return EXIT_USAGE;
+    }
+    CHostApplication application;
+    CTouchSource source(options.getSurface(), options.isFast(), application.getTouchStatistics());
+    if (!open(source, options.getPlayPath()) || !application.start())
+        return EXIT_USAGE;
+    const int iExitCode = play(application, source);
+    if (iExitCode != EXIT_DONE)
+        return iExitCode;
+    const int iOutput = finishOutput();
+    application.getTouchStatistics().print();
+    return iOutput;
 }
 } // namespace
 
@@ -49,8 +78,12 @@ int main(int iCount, char** ppArgument) {
         return EXIT_USAGE;
     if (options.getConfigPath() && !CConfigLoader::load(options.getConfigPath()))
         return EXIT_USAGE;
-    if (!options.isPrintConfig())
+    if (!options.getConfigPath() && options.getPlayPath() && !CConfigLoader::loadShipped()) // it says what surfaces are
+        return EXIT_USAGE;
+    if (options.getTextPath())
         return playText(options.getTextPath());
+    if (options.getPlayPath())
+        return playTouches(options);
     CConfigPrinter().print();
     return finishOutput();
 }
