@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstddef>
+#include <cstdint>
 #include <cwchar>
 
 namespace Orlix {
@@ -22,9 +23,11 @@ constexpr std::size_t CACHE_LINE = 64;
 constexpr std::ptrdiff_t PIECE_CHARS = 1024;
 constexpr unsigned int FETCHED_LEVELS = 3; // up to seven attributes
 
+// In numbers, because there may be no object at all, or a smaller one than what is fetched.
 void fetch(const void* pStart, std::size_t uiSize) noexcept {
+    const std::uintptr_t uiStart = reinterpret_cast<std::uintptr_t>(pStart);
     for (std::size_t i = 0; i < uiSize; i += CACHE_LINE)
-        __builtin_prefetch(static_cast<const unsigned char*>(pStart) + i);
+        __builtin_prefetch(reinterpret_cast<const void*>(uiStart + i));
 }
 
 void fetchElement(const CXMLElement* pElement) noexcept {
