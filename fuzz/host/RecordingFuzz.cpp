@@ -35,7 +35,8 @@ bool playsByTheRules(const CTouchRecording& recording, const CTouchRecording::ta
                      std::set<unsigned int>& setHeld) {
     unsigned int uiLast = 0;
     for (const CTouchRecording::tagChange& change : frame.aryChanges) {
-        if (change.uiSlot < uiLast || !recording.getRangeX().holds(change.iX) || !recording.getRangeY().holds(change.iY))
+        if (change.uiSlot < uiLast || !recording.getRangeX().holds(change.iX) ||
+            !recording.getRangeY().holds(change.iY))
             return false;
         uiLast = change.uiSlot;
         const bool bHeld = setHeld.count(change.uiSlot) != 0;

@@ -138,11 +138,13 @@ TEST_F(CCursorManagerLoadTest, AMinuteOfSixtyFingersLosesNoSampleAndTakesNoMoreM
         EXPECT_EQ(uiFrame, SECONDS * RATE);
 }
 
-/** Checks that the samples of each finger, numbered by their x, come in order and that repeats repeat the last one. */
+/** Checks that the samples of each finger, numbered by their x, come in order and that repeats repeat the last one. A
+ *  sample is posted after the lock is given back, so a repeat of it may overtake it: then a press finds its finger
+ * down. */
 class COrderCheck : public ITouchListener {
 public:
     void onTouchPress(const CCursor& cursor) override {
-        m_uiWrong += m_aryX[cursor.getID()] != -1 || cursor.getX() != 0;
+        m_uiWrong += m_aryX[cursor.getID()] > 0 || cursor.getX() != 0;
         m_aryX[cursor.getID()] = 0;
     }
     void onTouchMove(const CCursor& cursor) override {
