@@ -151,6 +151,10 @@ void CConfigParser::readSurfaces(const CXMLElement& xmlRoot) {
             return;
         tagSurface::visit(*pSurface, CAttributeReader(*arySurfaces[i]));
         m_arySurfaces.add(pSurface);
+        if (m_arySurfaces[m_arySurfaces.getSize() - 1] != pSurface) {
+            delete pSurface; // no memory for its place
+            return;
+        }
     }
 }
 
