@@ -46,6 +46,12 @@
 #include <Orlix/input/ISurface.h>
 #include <Orlix/input/ISurfaceListener.h>
 #include <Orlix/input/ITouchListener.h>
+#include <Orlix/ipc/CImpShareMemory.h>
+#include <Orlix/ipc/CMsgShareMemory.h>
+#include <Orlix/ipc/CShareMemory.h>
+#include <Orlix/ipc/CShareMemoryProxy.h>
+#include <Orlix/ipc/IShareMemory.h>
+#include <Orlix/ipc/IShareMemoryListener.h>
 #include <Orlix/math/CMath.h>
 #include <Orlix/memory/CMemAllocator.h>
 #include <Orlix/memory/CMemManager.h>
