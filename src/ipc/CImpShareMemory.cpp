@@ -25,9 +25,10 @@ constexpr unsigned int REASON_SIZE = 1024;
 
 constexpr long NANOSECONDS_PER_SECOND = 1000000000;
 constexpr long STOP_LOOK_NS = 100000000;   // a wait looks at the stop flag after this long
-constexpr long READER_TIME_NS = 100000000; // in which a woken reader is expected to get in
-constexpr long READER_AWAKE_NS = 300000;   // in which it usually does
-constexpr long READER_LOOK_NS = 200000;    // between two looks after that
+constexpr long READER_TIME_NS = 100000000; // in which a woken reader is expected to be in its cycle
+constexpr long READER_STEP_NS = 500000;    // from the event to the count
+constexpr long SHORT_WAIT_NS = 300000;     // so long it is not worth to sleep
+constexpr long PAUSE_NS = 200000;
 
 timespec getTimeIn(long lNanoseconds) {
     timespec time;
@@ -90,6 +91,25 @@ void logSemaphoreError(int iError) {
                                                 strReason.getBuffer() ? strReason.getBuffer() : L""));
 }
 } // namespace
+
+/** A time in which another process is expected to do its part. */
+class CImpShareMemory::CPatience {
+public:
+    explicit CPatience(long lNanoseconds) : m_timeShort(getTimeIn(SHORT_WAIT_NS)), m_timeEnd(getTimeIn(lNanoseconds)) {}
+    bool isOver() const { return isPast(m_timeEnd); }
+    /** Leaves the processor to others, for a short while or until they had their turn. */
+    void pause() const {
+        const timespec pause{0, PAUSE_NS};
+        if (isPast(m_timeShort))
+            nanosleep(&pause, nullptr);
+        else
+            sched_yield();
+    }
+
+private:
+    timespec m_timeShort;
+    timespec m_timeEnd;
+};
 
 CImpShareMemory::CImpShareMemory(CShareMemory* pOwner)
     : m_pOwner(pOwner), m_iSegmentID(0), m_pSemRead(nullptr), m_pSemWrite(nullptr), m_pSemEvent(nullptr),
@@ -203,35 +223,47 @@ bool CImpShareMemory::waitFor(sem_t* pSemaphore) const {
 void CImpShareMemory::runWriter() {
     while (!m_pOwner->isPrepareStopThread()) {
         m_pOwner->setCanWrite(false);
-        if (!waitFor(m_pSemWrite))
+        if (!takeWriteSemaphore())
             return;
         m_pOwner->setCanWrite(true);
         m_pOwner->m_waitWrite.wait(0);
         sem_post(m_pSemWrite);
         postIfZero(m_pSemEvent);
-        yieldToReader();
     }
 }
 
-/** Nothing hands a semaphore over: without this the thread would take it back before a reader that was just woken has
- *  come up, each time, and no reader would ever get in. Ends when somebody has the semaphore, or in vain. */
-void CImpShareMemory::yieldToReader() const {
-    if (isAlone())
-        return;
-    const timespec timeAwake = getTimeIn(READER_AWAKE_NS);
-    const timespec deadline = getTimeIn(READER_TIME_NS);
-    while (getValue(m_pSemWrite) != 0 && !m_pOwner->isPrepareStopThread() && !isPast(deadline)) {
-        const timespec pause{0, READER_LOOK_NS};
-        if (isPast(timeAwake))
-            nanosleep(&pause, nullptr);
-        else
-            sched_yield();
+/** Nothing hands a semaphore over. Without regard to a reader that was woken but has not come up yet, this thread would
+ *  take the semaphore back first, each time, and no reader would ever see a block. Who is nowhere near, or was killed
+ * on the way, does not keep it for long. @return false as waitFor. */
+bool CImpShareMemory::takeWriteSemaphore() const {
+    const CPatience patience(READER_TIME_NS);
+    if (!isAlone())
+        awaitReader(patience);
+    while (waitFor(m_pSemWrite)) {
+        if (m_pOwner->getReaderCount() == 0 || patience.isOver())
+            return true;
+        sem_post(m_pSemWrite); // somebody has been counted in and waits for it
+        patience.pause();
     }
+    return false;
+}
+
+/** Waits until a reader has taken the event and is counted in, or has the semaphore. */
+void CImpShareMemory::awaitReader(const CPatience& patience) const {
+    while (getValue(m_pSemEvent) != 0 && getValue(m_pSemWrite) != 0 && !patience.isOver() &&
+           !m_pOwner->isPrepareStopThread())
+        patience.pause();
+    const CPatience step(READER_STEP_NS); // in vain if its cycle is over already
+    while (m_pOwner->getReaderCount() == 0 && getValue(m_pSemWrite) != 0 && !step.isOver())
+        step.pause();
 }
 
 void CImpShareMemory::runReader() {
-    while (waitFor(m_pSemEvent) && !m_pOwner->isPrepareStopThread())
+    while (!m_pOwner->isPrepareStopThread()) {
+        if (!waitFor(m_pSemEvent) || m_pOwner->isPrepareStopThread())
+            return;
         runReaderCycle();
+    }
 }
 
 void CImpShareMemory::runReaderCycle() {

@@ -45,6 +45,8 @@ protected:
     bool m_bSegment; // m_iSegmentID is one
 
 private:
+    class CPatience;
+
     bool attach(unsigned int uiKey);
     bool openSemaphores();
     bool isAlone() const;
@@ -52,7 +54,8 @@ private:
     void recover();
     bool waitFor(sem_t* pSemaphore) const;
     void runWriter();
-    void yieldToReader() const;
+    bool takeWriteSemaphore() const;
+    void awaitReader(const CPatience& patience) const;
     void runReader();
     void runReaderCycle();
     void leaveCycle();
