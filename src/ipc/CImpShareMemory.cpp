@@ -229,6 +229,8 @@ void CImpShareMemory::runWriter() {
         m_pOwner->m_waitWrite.wait(0);
         sem_post(m_pSemWrite);
         postIfZero(m_pSemEvent);
+        while (m_pOwner->m_bLeaving && !m_pOwner->isPrepareStopThread())
+            m_pOwner->m_waitWrite.wait(0); // one more round would tell a reader of the same end again
     }
 }
 

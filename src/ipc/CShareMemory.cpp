@@ -30,7 +30,8 @@ void storeNumber(unsigned char* pPlace, unsigned int uiValue) noexcept {
 
 CShareMemory::CShareMemory()
     : m_pListener(nullptr), m_eMode(MODE_READER), m_pSegment(nullptr), m_uiSegmentSize(0), m_bCanWrite(false),
-      m_waitWrite(CString(L"")), m_waitRead(CString(L"")), m_pImp(new CImpShareMemory(this)), m_bPosted(false) {}
+      m_waitWrite(CString(L"")), m_waitRead(CString(L"")), m_pImp(new CImpShareMemory(this)), m_bPosted(false),
+      m_bLeaving(false) {}
 
 CShareMemory::~CShareMemory() {
     close();
@@ -43,6 +44,7 @@ bool CShareMemory::open(unsigned int uiKey, EModeType eMode, unsigned int uiSize
     m_eMode = eMode;
     m_uiSegmentSize = uiSize + HEAD_SIZE; // may wrap: then there is no such segment
     setCanWrite(false);
+    m_bLeaving = false;
     if (!m_pImp || !m_pImp->open(uiKey))
         return false;
     const CConfigParser::tagThread& thread = CConfigParser::getInstance()->getThread();
@@ -72,8 +74,10 @@ void CShareMemory::close() {
 }
 
 void CShareMemory::writeExitBlock() {
-    if (getCapacity() >= EXIT_SIZE)
-        writeData(EXIT_BLOCK, EXIT_SIZE); // refused or not: nobody waits for it here
+    if (getCapacity() < EXIT_SIZE || !canWrite())
+        return;
+    m_bLeaving = true;
+    writeData(EXIT_BLOCK, EXIT_SIZE);
 }
 
 bool CShareMemory::writeData(const unsigned char* pData, unsigned int uiSize) {

@@ -91,6 +91,37 @@ TEST_F(CShareMemoryTest, CloseTellsAReaderOnce) {
     EXPECT_EQ(listener.m_vecBlock.size(), 1u);
 }
 
+TEST_F(CShareMemoryTest, EachCloseTellsAReaderOnce) {
+    constexpr int WRITERS = 200;
+    COpenChannel reader;
+    CBlockListener listener(reader);
+    ASSERT_TRUE(reader.open(m_uiKey, READER, 6));
+    for (int i = 1; i <= WRITERS; ++i) {
+        COpenChannel writer;
+        ASSERT_TRUE(writer.open(m_uiKey, WRITER, 6));
+        ASSERT_TRUE(waitUntil([&] { return writer.canWrite(); }));
+        std::thread host([&] { writer.close(); }); // so that the reader answers meanwhile, as another process does
+        EXPECT_TRUE(runUntil([&] { return listener.m_iClosed >= i; }));
+        host.join();
+        ASSERT_EQ(listener.m_iClosed, i);
+    }
+    EXPECT_TRUE(listener.m_vecBlock.empty());
+}
+
+// Without its block of leave a writer that ends still wakes a reader, as the end of each round does: on purpose.
+TEST_F(CShareMemoryTest, AWriterThatCannotTakeItsLeaveShowsTheLastBlockAgain) {
+    COpenChannel writer, reader;
+    CBlockListener listener(reader);
+    ASSERT_TRUE(writer.open(m_uiKey, WRITER, 5));
+    ASSERT_TRUE(reader.open(m_uiKey, READER, 5));
+    passBlock(writer, listener, toBytes("12345"));
+    ASSERT_TRUE(waitUntil([&] { return writer.canWrite(); }));
+    writer.close();
+    ASSERT_TRUE(runUntil([&] { return listener.m_vecBlock.size() == 2; }));
+    EXPECT_EQ(listener.m_vecBlock[1], toBytes("12345"));
+    EXPECT_EQ(listener.m_iClosed, 0);
+}
+
 TEST_F(CShareMemoryTest, ASentinelThatCannotGoOutIsLost) {
     const struct {
         const char* pWhy;

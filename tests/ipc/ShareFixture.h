@@ -8,6 +8,7 @@
 
 #include "support/LogSettings.h"
 #include "support/ShareJanitor.h"
+#include "support/SingleThread.h"
 
 #include <gtest/gtest.h>
 
@@ -177,7 +178,9 @@ private:
 class CPeer {
 public:
     /** @param fnBody gives the exit code. */
-    template <class F> explicit CPeer(const F& fnBody) : m_pid(fork()) {
+    template <class F> explicit CPeer(const F& fnBody) {
+        awaitSingleThread();
+        m_pid = fork();
         if (m_pid != 0)
             return;
         prctl(PR_SET_PDEATHSIG, SIGKILL);

@@ -1,5 +1,7 @@
 #include "support/ShareJanitor.h"
 
+#include "support/SingleThread.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
@@ -65,6 +67,7 @@ OrlixTest::CShareJanitor::CShareJanitor() {
     if (pipe2(aryNotes, O_CLOEXEC) != 0 || pipe2(aryDone, O_CLOEXEC) != 0)
         std::abort();
     g_iNotes = -1;
+    awaitSingleThread();
     const pid_t pid = fork();
     if (pid == 0) {
         // Once more, so that it is no child of the test: who kills the test with its children does not find it.

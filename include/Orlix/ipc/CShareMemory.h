@@ -98,6 +98,7 @@ protected:
     CWaitObject m_waitRead;       // wakes the reader's thread: the host has handled the message
     IShareMemory* m_pImp;         // owned; null only if it could not be allocated
     bool m_bPosted;               // by the thread: messages of this instance may wait
+    bool m_bLeaving;              // set before the block of leave: behind it the writer's thread only awaits its stop
 
     /** Whether writeData would be taken now. */
     bool canWrite() const noexcept { return m_bRunning && __atomic_load_n(&m_bCanWrite, __ATOMIC_ACQUIRE); }
