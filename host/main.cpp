@@ -3,8 +3,12 @@
 
 #include "CConfigLoader.h"
 #include "CConfigPrinter.h"
+#include "CEventFlag.h"
 #include "CHostApplication.h"
 #include "CHostOptions.h"
+#include "CShareReader.h"
+#include "CShareWriter.h"
+#include "CSignalWatch.h"
 #include "CSourceThread.h"
 #include "CTextSource.h"
 #include "CTouchSource.h"
@@ -69,6 +73,29 @@ int playTouches(const CHostOptions& options) {
     application.getTouchStatistics().print();
     return iOutput;
 }
+
+int readShare(const CHostOptions& options) {
+    CHostApplication application;
+    const CSignalWatch signals;
+    CShareReader reader;
+    if (!reader.open(options.getShareKey(), options.getShareSize()))
+        return EXIT_USAGE;
+    application.runLoop();
+    return finishOutput();
+}
+
+int writeShare(const CHostOptions& options) {
+    CEventFlag flagStop;
+    CShareWriter writer(options.getShareKey(), options.getShareSize(), flagStop);
+    if (!open(writer, options.getSharePath()))
+        return EXIT_USAGE;
+    CHostApplication application;
+    const CSignalWatch signals;
+    CSourceThread thread(writer);
+    application.runLoop();
+    flagStop.set(); // a signal has ended the loop if the file is still being written
+    return thread.join();
+}
 } // namespace
 
 int main(int iCount, char** ppArgument) {
@@ -80,6 +107,10 @@ int main(int iCount, char** ppArgument) {
         return EXIT_USAGE;
     if (!options.getConfigPath() && options.getPlayPath() && !CConfigLoader::loadShipped()) // it says what surfaces are
         return EXIT_USAGE;
+    if (options.isShareRead())
+        return readShare(options);
+    if (options.getSharePath())
+        return writeShare(options);
     if (options.getTextPath())
         return playText(options.getTextPath());
     if (options.getPlayPath())
