@@ -10,7 +10,6 @@
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
-#include <sched.h>
 #include <sys/ipc.h>
 #include <sys/shm.h>
 
@@ -26,9 +25,8 @@ constexpr unsigned int REASON_SIZE = 1024;
 constexpr long NANOSECONDS_PER_SECOND = 1000000000;
 constexpr long STOP_LOOK_NS = 100000000;   // a wait looks at the stop flag after this long
 constexpr long READER_TIME_NS = 100000000; // in which a woken reader is expected to be in its cycle
-constexpr long READER_STEP_NS = 500000;    // from the event to the count
-constexpr long SHORT_WAIT_NS = 300000;     // so long it is not worth to sleep
-constexpr long PAUSE_NS = 200000;
+constexpr long SHORT_WAIT_NS = 50000;      // so long it is not worth to sleep
+constexpr long PAUSE_NS = 50000;
 
 timespec getTimeIn(long lNanoseconds) {
     timespec time;
@@ -97,13 +95,11 @@ class CImpShareMemory::CPatience {
 public:
     explicit CPatience(long lNanoseconds) : m_timeShort(getTimeIn(SHORT_WAIT_NS)), m_timeEnd(getTimeIn(lNanoseconds)) {}
     bool isOver() const { return isPast(m_timeEnd); }
-    /** Leaves the processor to others, for a short while or until they had their turn. */
+    /** Does not sleep at first. It does not yield either: on a busy machine that is a long time. */
     void pause() const {
         const timespec pause{0, PAUSE_NS};
         if (isPast(m_timeShort))
             nanosleep(&pause, nullptr);
-        else
-            sched_yield();
     }
 
 private:
@@ -227,37 +223,42 @@ void CImpShareMemory::runWriter() {
             return;
         m_pOwner->setCanWrite(true);
         m_pOwner->m_waitWrite.wait(0);
-        sem_post(m_pSemWrite);
         postIfZero(m_pSemEvent);
+        awaitReader();
+        sem_post(m_pSemWrite);
         while (m_pOwner->m_bLeaving && !m_pOwner->isPrepareStopThread())
             m_pOwner->m_waitWrite.wait(0); // one more round would tell a reader of the same end again
     }
 }
 
-/** Nothing hands a semaphore over. Without regard to a reader that was woken but has not come up yet, this thread would
- *  take the semaphore back first, each time, and no reader would ever see a block. Who is nowhere near, or was killed
- * on the way, does not keep it for long. @return false as waitFor. */
-bool CImpShareMemory::takeWriteSemaphore() const {
+/** Gives a reader that was woken the time to be counted in. It cannot get past this thread before the write semaphore
+ * is posted, so the count tells for certain; who is not there in time has to wait for the next block. */
+void CImpShareMemory::awaitReader() const {
+    if (isAlone())
+        return;
     const CPatience patience(READER_TIME_NS);
-    if (!isAlone())
-        awaitReader(patience);
-    while (waitFor(m_pSemWrite)) {
-        if (m_pOwner->getReaderCount() == 0 || patience.isOver())
-            return true;
-        sem_post(m_pSemWrite); // somebody has been counted in and waits for it
+    while (m_pOwner->getReaderCount() == 0 && !patience.isOver() && !m_pOwner->isPrepareStopThread())
         patience.pause();
-    }
-    return false;
 }
 
-/** Waits until a reader has taken the event and is counted in, or has the semaphore. */
-void CImpShareMemory::awaitReader(const CPatience& patience) const {
-    while (getValue(m_pSemEvent) != 0 && getValue(m_pSemWrite) != 0 && !patience.isOver() &&
-           !m_pOwner->isPrepareStopThread())
-        patience.pause();
-    const CPatience step(READER_STEP_NS); // in vain if its cycle is over already
-    while (m_pOwner->getReaderCount() == 0 && getValue(m_pSemWrite) != 0 && !step.isOver())
-        step.pause();
+/** Lets go first who has been counted in: nothing hands a semaphore over, so without that this thread would have it
+ * back before a reader comes up, each time. A count that stays for other reasons does not keep it for long.
+ *  @return false as waitFor. */
+bool CImpShareMemory::takeWriteSemaphore() const {
+    const CPatience patience(READER_TIME_NS);
+    while (true) {
+        while (isReaderUnderWay(patience) && getValue(m_pSemWrite) != 0)
+            patience.pause();
+        if (!waitFor(m_pSemWrite))
+            return false;
+        if (!isReaderUnderWay(patience))
+            return true;
+        sem_post(m_pSemWrite);
+    }
+}
+
+bool CImpShareMemory::isReaderUnderWay(const CPatience& patience) const {
+    return m_pOwner->getReaderCount() != 0 && !patience.isOver() && !m_pOwner->isPrepareStopThread();
 }
 
 void CImpShareMemory::runReader() {

@@ -55,7 +55,8 @@ private:
     bool waitFor(sem_t* pSemaphore) const;
     void runWriter();
     bool takeWriteSemaphore() const;
-    void awaitReader(const CPatience& patience) const;
+    void awaitReader() const;
+    bool isReaderUnderWay(const CPatience& patience) const;
     void runReader();
     void runReaderCycle();
     void leaveCycle();
