@@ -238,10 +238,9 @@ TEST_F(CImpShareMemoryTest, TheWriterGoesThroughItsSteps) {
     ASSERT_TRUE(waitUntil([&] { return writer.canWrite(); }));
     CRawChannel raw(m_uiKey, 16);
     standIn.clear();
-    writer.setListener(nullptr);
-    writer.prepareStopThread(); // posts although its thread has the semaphore: on purpose, opens put it right
-    ASSERT_TRUE(waitUntil([&] { return !writer.m_bRunning; }));
-    expectCalls(standIn, {"post write", "post write"});
+    writer.m_bCanWrite = false; // no block of leave
+    writer.close();             // posts although its thread has the semaphore: on purpose, opens put it right
+    expectCalls(standIn, {"post write", "post write", "shmdt", "close read", "close write", "close event"});
     EXPECT_EQ(raw.getValues(), (std::vector<int>{1, 2, 1}));
 }
 

@@ -78,6 +78,9 @@ public:
     using CShareMemory::m_waitRead;
     using CShareMemory::m_waitWrite;
 
+    COpenChannel() = default;
+    ~COpenChannel() override { close(); } // as every subclass: its thread calls what a subclass may override
+
     /** As writeData, when the channel takes it. */
     bool writeSoon(const VecByte& vecBlock) {
         return waitUntil([&] { return writeData(vecBlock.data(), static_cast<unsigned int>(vecBlock.size())); });

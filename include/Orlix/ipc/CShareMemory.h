@@ -25,7 +25,8 @@ class IShareMemoryListener;
  *  between processes, and inside this one by the wait objects and by the can-write flag: that one is a plain field,
  *  stored and loaded as a release and an acquire. getSize reads the length without any lock, in one load, so that
  *  outside of the listener's call it tells no more than what the length was at some moment.
- *  Ownership: the destructor closes the channel and takes back the messages of it that wait. */
+ *  Ownership: the destructor closes the channel and takes back the messages of it that wait; a subclass closes it in
+ * its own destructor. */
 class ORLIX_API CShareMemory : public CObject, public CThread {
     ORLIX_HEAP_CLASS(L"CShareMemory")
 
