@@ -6,7 +6,8 @@
 
 #include <atomic>
 #include <csignal>
-#include <fstream>
+#include <filesystem>
+#include <iterator>
 #include <memory>
 
 using namespace Orlix;
@@ -21,7 +22,6 @@ const std::string WHOLE = frameOf("whole", 0);
 
 class CDataTransferFault : public CConnectedFixture {
 protected:
-    /** The thread has taken bytes of a begun frame; the field is its own, so only the connection events order this. */
     void expectWholeFrameArrives() {
         m_peer.send(WHOLE);
         EXPECT_TRUE(drainUntil([&] { return heard("data whole"); }));
@@ -128,7 +128,7 @@ TEST_F(CDataTransferFault, ListenerMayCloseOrDestroyALiveClientInEveryCall) {
         for (const bool bDestroy : {false, true}) {
             SCOPED_TRACE(row.szCall);
             m_listener.m_vecCall.clear();
-            auto pTransfer = std::make_unique<COpenTransfer>();
+            auto pTransfer = std::make_unique<CDataTransfer>();
             pTransfer->setListener(&m_listener);
             bool bCalled = false;
             m_listener.m_fnInCall = [&] {
@@ -172,7 +172,7 @@ TEST_F(CDataTransferFault, ListenerMayOpenAgain) {
 TEST_F(CDataTransferFault, DestructionUnderFireTouchesNothing) {
     m_port.listen();
     for (int i = 0; i < 10; ++i) {
-        auto pTransfer = std::make_unique<COpenTransfer>();
+        auto pTransfer = std::make_unique<CDataTransfer>();
         pTransfer->setListener(&m_listener);
         pTransfer->openAsClient(L"127.0.0.1", m_port.getPort());
         CRawPeer peer = m_port.accept();
@@ -190,15 +190,22 @@ TEST_F(CDataTransferFault, DestructionUnderFireTouchesNothing) {
     }
 }
 
+#ifndef ORLIX_TEST_TSAN // a thread that ends by itself announces that with its last step, which nothing waits for
+std::ptrdiff_t countThreads() {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/task"), std::filesystem::directory_iterator());
+}
+
 TEST_F(CDataTransferFault, PortInUseIsToldAsADisconnect) {
+    const std::ptrdiff_t iBefore = countThreads();
     m_port.listen();
     m_transfer.openAsServer(m_port.getPort());
-    EXPECT_TRUE(drainUntil([&] { return heard("disconnect"); }));
+    EXPECT_TRUE(drainUntil([&] { return heard("disconnect") && countThreads() == iBefore; }));
     EXPECT_FALSE(m_transfer.isConnect());
-    m_transfer.m_pServer->waitForThreadStop();
     m_transfer.close();
+    drain();
     EXPECT_EQ(m_listener.m_vecCall, VecCall{"disconnect"});
 }
+#endif
 
 TEST_F(CDataTransferFault, PeerThatNeverStopsSendingOddHeadersLeavesNothing) {
     serve();

@@ -16,7 +16,8 @@ namespace Orlix {
  *  lost, and the peer takes what follows for it.
  *
  *  Threads: make, close and destroy it on the host thread, where the listener is called too. Sends may come from any
- *  thread, one at a time. Flags and listener are plain fields without a lock. */
+ *  thread, one at a time. Flags and listener are plain fields without a lock. A derived class closes in its own
+ *  destructor: later the socket thread may call into what is gone. */
 class ORLIX_API CDataTransfer : public CObject, public ISocketServerListener, public ISocketClientListener {
     ORLIX_HEAP_CLASS(L"CDataTransfer")
 
