@@ -4,6 +4,8 @@
 #include <Orlix/system/CLogUtility.h>
 #include <Orlix/threading/CImpThread.h>
 
+#include <thread>
+
 namespace Orlix {
 namespace {
 
@@ -18,13 +20,18 @@ void logThread(const wchar_t* pFormat, unsigned int uiThreadID, const CString& s
 
 CThread::CThread()
     : m_iPriority(DEFAULT_PRIORITY), m_strName(L"Unknown"), m_uiThreadID(0), m_bRunning(false), m_bPrepareStop(false),
-      m_waitWake(STRING_NULL), m_waitStart(STRING_NULL), m_waitStop(STRING_NULL), m_pImp(new CImpThread(this)) {}
+      m_waitWake(STRING_NULL), m_waitStart(STRING_NULL), m_waitStop(STRING_NULL), m_pImp(new CImpThread(this)),
+      m_bLeaving(false) {}
 
-CThread::~CThread() { delete m_pImp; }
+CThread::~CThread() {
+    awaitDeparture();
+    delete m_pImp;
+}
 
 void CThread::startThread() {
     if (m_bRunning)
         return;
+    awaitDeparture();
     m_bRunning = true;
     m_bPrepareStop = false;
     m_uiThreadID = 0;
@@ -37,10 +44,11 @@ void CThread::startThread() {
 }
 
 void CThread::stopThread() {
-    if (!m_bRunning)
-        return;
-    prepareStopThread();
-    waitForEnd();
+    if (m_bRunning) {
+        prepareStopThread();
+        waitForEnd();
+    }
+    awaitDeparture();
 }
 
 void CThread::prepareStopThread() {
@@ -51,13 +59,19 @@ void CThread::prepareStopThread() {
 void CThread::waitForThreadStop() {
     if (m_bRunning)
         waitForEnd();
+    awaitDeparture();
 }
 
-/** Waits at least once: between the clearing of the flag and the announcement the thread still touches the object. */
+/** An announcement alone may be that of an earlier run. */
 void CThread::waitForEnd() {
     do
         m_waitStop.wait(0);
     while (m_bRunning);
+}
+
+void CThread::awaitDeparture() const noexcept {
+    while (m_bLeaving)
+        std::this_thread::yield();
 }
 
 void CThread::notifyThreadStarted(unsigned int uiThreadID) {
@@ -68,7 +82,9 @@ void CThread::notifyThreadStarted(unsigned int uiThreadID) {
 void CThread::notifyThreadStopped() {
     logThread(L"Thread (ID: %ld, Name: %ls) exits.", m_uiThreadID, m_strName);
     m_uiThreadID = 0;
+    m_bLeaving.exchange(true); // a stop that finds the thread not running any more has this to wait for
     m_bRunning = false;
     m_waitStop.notify();
+    m_bLeaving = false; // the last access: whoever waited may destroy the object now
 }
 } // namespace Orlix

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <dlfcn.h>
 #include <pthread.h>
+#include <thread>
 
 // These replace the system's functions in the whole test program and hand on to them.
 
@@ -26,7 +27,23 @@ std::vector<std::string> OrlixTest::CThreadStandIn::getCalls() {
     return m_vecCall;
 }
 
+void OrlixTest::CThreadStandIn::holdSignal() {
+    if (pthread_equal(pthread_self(), m_threadOwn))
+        return;
+    while (m_bHoldSignals) {
+        m_bSignalIsHeld = true;
+        std::this_thread::yield();
+    }
+}
+
 extern "C" {
+int pthread_cond_signal(pthread_cond_t* pCondition) noexcept {
+    static const auto fnReal = getReal<decltype(&pthread_cond_signal)>("pthread_cond_signal");
+    if (g_pStandIn)
+        g_pStandIn->holdSignal();
+    return fnReal(pCondition);
+}
+
 int pthread_getschedparam(pthread_t thread, int* pPolicy, sched_param* pParam) noexcept {
     if (g_pStandIn) {
         g_pStandIn->note("get");

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <atomic>
 #include <mutex>
+#include <pthread.h>
 #include <string>
 #include <vector>
 
@@ -17,9 +19,16 @@ public:
     void note(const std::string& strCall);
     std::vector<std::string> getCalls();
 
-    bool m_bNoSchedule = false; // the scheduling of a thread cannot be read
+    /** Called by a thread that is about to signal a condition: keeps it there while m_bHoldSignals, unless it is the
+     *  one that made this. */
+    void holdSignal();
+
+    bool m_bNoSchedule = false;               // the scheduling of a thread cannot be read
+    std::atomic<bool> m_bHoldSignals{false};  // no other thread gets past a signal
+    std::atomic<bool> m_bSignalIsHeld{false}; // one has come that far
 
 private:
+    const pthread_t m_threadOwn = pthread_self();
     std::mutex m_mutex;
     std::vector<std::string> m_vecCall;
 };

@@ -149,6 +149,28 @@ std::string nameWhenNamed(const CString& strName) {
     return strFound;
 }
 
+TEST_F(CThreadTest, AStopThatComesLateLetsTheThreadLeaveTheObject) {
+    CThreadStandIn standIn;
+    COpenThread thread([](COpenThread&) {});
+    standIn.m_bHoldSignals = true;
+    thread.startThread();
+    while (!standIn.m_bSignalIsHeld || thread.m_bRunning) // it has nothing left to do but to announce its end
+        std::this_thread::yield();
+    std::atomic<bool> bStopping{false}, bStopped{false};
+    std::thread stopper([&] {
+        bStopping = true;
+        thread.stopThread();
+        bStopped = true;
+    });
+    while (!bStopping)
+        std::this_thread::yield();
+    for (int i = 0; i < 1000; ++i)
+        std::this_thread::yield();
+    EXPECT_FALSE(bStopped) << "the object could be destroyed under the thread";
+    standIn.m_bHoldSignals = false;
+    stopper.join();
+}
+
 TEST_F(CThreadTest, StartsAsItShould) {
     const COpenThread thread;
     EXPECT_EQ(thread.getThreadPriority(), 51);

@@ -4,6 +4,8 @@
 #include <Orlix/foundation/CSyncObject.h>
 #include <Orlix/foundation/CWaitObject.h>
 
+#include <atomic>
+
 namespace Orlix {
 
 class IThread;
@@ -24,12 +26,12 @@ public:
     CThread();
     CThread(const CThread&) = delete;
     CThread& operator=(const CThread&) = delete;
-    /** Does not stop the thread. */
+    /** Does not stop the thread, but lets one that has just ended leave the object. */
     virtual ~CThread();
 
     /** Begins a run, unless one is going on. Returns without waiting; the id is not yet known then. */
     virtual void startThread();
-    /** Asks the thread to end and waits until it has; returns at once if none runs. */
+    /** Asks the thread to end and waits until it has left the object; returns at once if none runs. */
     virtual void stopThread();
     /** Sets the stop flag and wakes the thread, also if none runs. Returns at once. */
     virtual void prepareStopThread();
@@ -59,15 +61,18 @@ protected:
     int m_iPriority;
     CString m_strName;
     unsigned int m_uiThreadID;
-    bool m_bRunning;          // from startThread to notifyThreadStopped
-    bool m_bPrepareStop;      // a stop was asked for
-    CSyncObject m_syncObject; // for the subclass's own data
-    CWaitObject m_waitWake;   // what run sleeps on
-    CWaitObject m_waitStart;  // announced by run once it is ready, for a starter that waits
-    CWaitObject m_waitStop;   // announced by the end of the thread
-    IThread* m_pImp;          // owned; null only if it could not be allocated
+    bool m_bRunning;              // from startThread to notifyThreadStopped
+    bool m_bPrepareStop;          // a stop was asked for
+    CSyncObject m_syncObject;     // for the subclass's own data
+    CWaitObject m_waitWake;       // what run sleeps on
+    CWaitObject m_waitStart;      // announced by run once it is ready, for a starter that waits
+    CWaitObject m_waitStop;       // announced by the end of the thread
+    IThread* m_pImp;              // owned; null only if it could not be allocated
+    std::atomic<bool> m_bLeaving; // while the ending thread announces its end, after m_bRunning is clear
 
     /** Waits for the end of a thread that was seen running. */
     void waitForEnd();
+    /** Waits until a thread that is no longer running touches the object no more, which is a matter of instructions. */
+    void awaitDeparture() const noexcept;
 };
 } // namespace Orlix
