@@ -3,6 +3,7 @@
 
 #include "CConfigLoader.h"
 #include "CConfigPrinter.h"
+#include "CEventFlag.h"
 #include "CHostApplication.h"
 #include "CHostOptions.h"
 #include "CSourceThread.h"
@@ -17,7 +18,18 @@
 #include <cstdio>
 #include <cstring>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 namespace {
+
+/** Takes the place of each standard file that is closed with one that refuses, or the next descriptor that is opened
+ *  would be read as the input or written over with the output. */
+void holdStandardFiles() {
+    for (const int iFile : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(iFile, F_GETFD) < 0)
+            open("/dev/null", iFile == STDIN_FILENO ? O_WRONLY : O_RDONLY); // the lowest one that is free: this one
+}
 
 /** @return EXIT_DONE unless the output was lost. */
 int finishOutput() {
@@ -27,7 +39,7 @@ int finishOutput() {
     return EXIT_OUTPUT;
 }
 
-bool open(ISource& source, const char* pPath) {
+bool openSource(ISource& source, const char* pPath) {
     if (source.open(pPath))
         return true;
     std::fprintf(stderr, "orlix-host: cannot read %s: %s\n", pPath, std::strerror(errno));
@@ -35,18 +47,20 @@ bool open(ISource& source, const char* pPath) {
 }
 
 /** Plays a source to its end. @return its exit code. */
-int play(CHostApplication& application, ISource& source) {
+int play(CHostApplication& application, ISource& source, CEventFlag& flagStop) {
     CSourceThread thread(source);
     application.runLoop();
+    flagStop.set(); // the source still waits for its input if something else has ended the loop
     return thread.join();
 }
 
 int playText(const char* pPath) {
-    CTextSource source;
-    if (!open(source, pPath))
+    CEventFlag flagStop;
+    CTextSource source(flagStop);
+    if (!openSource(source, pPath))
         return EXIT_USAGE;
     CHostApplication application; // a text needs neither surfaces nor timers
-    const int iExitCode = play(application, source);
+    const int iExitCode = play(application, source, flagStop);
     if (iExitCode != EXIT_DONE)
         return iExitCode;
     application.printTextSummary();
@@ -58,11 +72,12 @@ int playTouches(const CHostOptions& options) {
         std::fprintf(stderr, "orlix-host: the configuration has no surface %u\n", options.getSurface());
         return EXIT_USAGE;
     }
+    CEventFlag flagStop;
     CHostApplication application;
-    CTouchSource source(options.getSurface(), options.isFast(), application.getTouchStatistics());
-    if (!open(source, options.getPlayPath()) || !application.start())
+    CTouchSource source(options.getSurface(), options.isFast(), application.getTouchStatistics(), flagStop);
+    if (!openSource(source, options.getPlayPath()) || !application.start())
         return EXIT_USAGE;
-    const int iExitCode = play(application, source);
+    const int iExitCode = play(application, source, flagStop);
     if (iExitCode != EXIT_DONE)
         return iExitCode;
     const int iOutput = finishOutput();
@@ -72,6 +87,7 @@ int playTouches(const CHostOptions& options) {
 } // namespace
 
 int main(int iCount, char** ppArgument) {
+    holdStandardFiles();
     std::setlocale(LC_ALL, "C.UTF-8"); // wide output loses a line with a character that the locale does not know
     CHostOptions options;
     if (!options.parse(iCount, ppArgument))
