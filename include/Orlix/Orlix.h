@@ -46,6 +46,14 @@
 #include <Orlix/input/ISurface.h>
 #include <Orlix/input/ISurfaceListener.h>
 #include <Orlix/input/ITouchListener.h>
+#include <Orlix/ipc/CImpSocketClient.h>
+#include <Orlix/ipc/CImpSocketServer.h>
+#include <Orlix/ipc/CSocketClient.h>
+#include <Orlix/ipc/CSocketServer.h>
+#include <Orlix/ipc/ISocketClient.h>
+#include <Orlix/ipc/ISocketClientListener.h>
+#include <Orlix/ipc/ISocketServer.h>
+#include <Orlix/ipc/ISocketServerListener.h>
 #include <Orlix/math/CMath.h>
 #include <Orlix/memory/CMemAllocator.h>
 #include <Orlix/memory/CMemManager.h>
