@@ -9,9 +9,13 @@
 #include <Orlix/input/CSurface.h>
 #include <Orlix/messaging/CMessageCenter.h>
 
+#include <algorithm>
+
 using namespace Orlix;
 
 namespace {
+
+constexpr std::uint64_t PAUSE_MOST = 3600000000000; // microseconds, some 40 days: the clock cannot count to any time
 
 /** Scales a position to a size in pixels; a surface without one has the device's own range. */
 int scale(std::int64_t iValue, const CTouchRecording::tagRange& range, unsigned int uiSize) {
@@ -35,7 +39,7 @@ void CTouchSource::play(const CTouchRecording::tagFrame& frame) {
     // A clock that was set back while recording gives times before the first event: those follow at once.
     const std::uint64_t uiFirst = m_recording.getFirstTime();
     const std::uint64_t uiPassed = frame.uiTime > uiFirst ? frame.uiTime - uiFirst : 0;
-    if (!m_bFast && !m_stop.sleepUntil(m_timeStart + std::chrono::microseconds(uiPassed)))
+    if (!m_bFast && !m_stop.sleepUntil(m_timeStart + std::chrono::microseconds(std::min(uiPassed, PAUSE_MOST))))
         return;
     for (const CTouchRecording::tagChange& change : frame.aryChanges) {
         CSourceThread::waitForRoom(m_stop);

@@ -1,11 +1,13 @@
-// orlix-host: a complete host application. It loads the settings, brings the library up, owns the loop, and plays one
-// source of work: a text, or recorded touches.
+// orlix-host: a complete host application. It loads the settings, brings the library up, owns the loop, plays one
+// source of work, a text or recorded touches, and talks to a peer.
 
 #include "CConfigLoader.h"
 #include "CConfigPrinter.h"
-#include "CEventFlag.h"
 #include "CHostApplication.h"
 #include "CHostOptions.h"
+#include "CPeerSession.h"
+#include "CPeerSource.h"
+#include "CPeerTouchSender.h"
 #include "CSourceThread.h"
 #include "CTextSource.h"
 #include "CTouchSource.h"
@@ -17,6 +19,7 @@
 #include <clocale>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -46,7 +49,7 @@ bool openSource(ISource& source, const char* pPath) {
     return false;
 }
 
-/** Plays a source to its end. @return its exit code. */
+/** Plays a source to its end, or until a signal ends the host. @return its exit code. */
 int play(CHostApplication& application, ISource& source, CEventFlag& flagStop) {
     CSourceThread thread(source);
     application.runLoop();
@@ -54,17 +57,49 @@ int play(CHostApplication& application, ISource& source, CEventFlag& flagStop) {
     return thread.join();
 }
 
-int playText(const char* pPath) {
-    CEventFlag flagStop;
-    CTextSource source(flagStop);
-    if (!openSource(source, pPath))
-        return EXIT_USAGE;
-    CHostApplication application; // a text needs neither surfaces nor timers
-    const int iExitCode = play(application, source, flagStop);
+/** The peer, if the command line names one. */
+std::unique_ptr<CPeerSession> makeSession(const CHostOptions& options) {
+    return options.hasPeer() ? std::make_unique<CPeerSession>(options) : nullptr;
+}
+
+/** @return the exit code of a host whose loop has ended. */
+int finish(int iExitCode, CPeerSession* pSession) {
     if (iExitCode != EXIT_DONE)
         return iExitCode;
-    application.printTextSummary();
-    return finishOutput();
+    if (!pSession || !pSession->getChannel().hasFailed())
+        return finishOutput();
+    std::fprintf(stderr, "orlix-host: the port cannot be listened on\n");
+    return EXIT_USAGE;
+}
+
+int playText(const CHostOptions& options) {
+    CEventFlag flagStop;
+    CTextSource source(flagStop);
+    if (!openSource(source, options.getTextPath()))
+        return EXIT_USAGE;
+    CHostApplication application; // a text needs neither surfaces nor timers
+    const std::unique_ptr<CPeerSession> pSession = makeSession(options);
+    const int iExitCode = play(application, source, flagStop);
+    if (iExitCode == EXIT_DONE)
+        application.printTextSummary();
+    return finish(iExitCode, pSession.get());
+}
+
+/** Plays touches to the own listener. */
+int playTouches(CHostApplication& application, CTouchSource& source, CEventFlag& flagStop) {
+    return application.start() ? play(application, source, flagStop) : EXIT_USAGE;
+}
+
+/** Plays touches to the peer, from when it is there. */
+int playTouchesTo(CPeerChannel& channel, CHostApplication& application, CTouchSource& source, CEventFlag& flagStop) {
+    CPeerTouchSender sender(channel, application.getTouchStatistics());
+    CPeerSource awaitingSource(source, channel.getConnected(), flagStop);
+    application.setTouchListener(sender);
+    const int iExitCode = application.start() ? play(application, awaitingSource, flagStop) : EXIT_USAGE;
+    if (iExitCode != EXIT_DONE || sender.getLostCount() == 0)
+        return iExitCode;
+    std::fprintf(stderr, "orlix-host: %u touches found no peer\n", sender.getLostCount());
+    return EXIT_OUTPUT;
 }
 
 int playTouches(const CHostOptions& options) {
@@ -75,14 +110,23 @@ int playTouches(const CHostOptions& options) {
     CEventFlag flagStop;
     CHostApplication application;
     CTouchSource source(options.getSurface(), options.isFast(), application.getTouchStatistics(), flagStop);
-    if (!openSource(source, options.getPlayPath()) || !application.start())
+    if (!openSource(source, options.getPlayPath()))
         return EXIT_USAGE;
-    const int iExitCode = play(application, source, flagStop);
-    if (iExitCode != EXIT_DONE)
-        return iExitCode;
-    const int iOutput = finishOutput();
-    application.getTouchStatistics().print();
-    return iOutput;
+    const std::unique_ptr<CPeerSession> pSession = makeSession(options);
+    const int iExitCode = options.getConnectPort() != 0
+                              ? playTouchesTo(pSession->getChannel(), application, source, flagStop)
+                              : playTouches(application, source, flagStop);
+    const int iFinished = finish(iExitCode, pSession.get());
+    if (iExitCode == EXIT_DONE)
+        application.getTouchStatistics().print();
+    return iFinished;
+}
+
+int runPeer(const CHostOptions& options) {
+    CHostApplication application;
+    const std::unique_ptr<CPeerSession> pSession = makeSession(options);
+    application.runLoop();
+    return finish(EXIT_DONE, pSession.get());
 }
 } // namespace
 
@@ -94,12 +138,15 @@ int main(int iCount, char** ppArgument) {
         return EXIT_USAGE;
     if (options.getConfigPath() && !CConfigLoader::load(options.getConfigPath()))
         return EXIT_USAGE;
-    if (!options.getConfigPath() && options.getPlayPath() && !CConfigLoader::loadShipped()) // it says what surfaces are
+    const bool bNeedsConfig = options.getPlayPath() || options.hasPeer(); // it says what surfaces and threads are
+    if (!options.getConfigPath() && bNeedsConfig && !CConfigLoader::loadShipped())
         return EXIT_USAGE;
     if (options.getTextPath())
-        return playText(options.getTextPath());
+        return playText(options);
     if (options.getPlayPath())
         return playTouches(options);
+    if (options.hasPeer())
+        return runPeer(options);
     CConfigPrinter().print();
     return finishOutput();
 }
