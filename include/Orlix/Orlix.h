@@ -46,10 +46,14 @@
 #include <Orlix/input/ISurface.h>
 #include <Orlix/input/ISurfaceListener.h>
 #include <Orlix/input/ITouchListener.h>
+#include <Orlix/ipc/CDataTransfer.h>
+#include <Orlix/ipc/CDataTransferProxy.h>
 #include <Orlix/ipc/CImpSocketClient.h>
 #include <Orlix/ipc/CImpSocketServer.h>
+#include <Orlix/ipc/CMsgDataTransfer.h>
 #include <Orlix/ipc/CSocketClient.h>
 #include <Orlix/ipc/CSocketServer.h>
+#include <Orlix/ipc/IDataTransferListener.h>
 #include <Orlix/ipc/ISocketClient.h>
 #include <Orlix/ipc/ISocketClientListener.h>
 #include <Orlix/ipc/ISocketServer.h>

@@ -64,36 +64,51 @@ void CByteBuffer::detachBuffer() noexcept {
 
 void CByteBuffer::requstSize(unsigned int uiSize) {
     unsigned char* pReplaced = nullptr;
-    changeSize(uiSize, pReplaced);
+    changeSize(uiSize, nullptr, pReplaced);
     if (pReplaced)
         CMemory::free(pReplaced);
 }
 
-/** @param pReplaced becomes the block to be freed, if the content moves to another one.
+/** @param pInUse bytes that the caller still needs where they are, also if they lie in the block; may be null.
+ *  @param pReplaced becomes the block to be freed, if the content moves to another one.
  *  @return false, and nothing changes, without memory. */
-bool CByteBuffer::changeSize(unsigned int uiSize, unsigned char*& pReplaced) {
+bool CByteBuffer::changeSize(unsigned int uiSize, const unsigned char* pInUse, unsigned char*& pReplaced) {
     if (uiSize > m_uiCapacity)
-        return !m_bOwn || grow(uiSize, pReplaced);
+        return !m_bOwn || grow(uiSize, pInUse, pReplaced);
     m_uiSize = uiSize;
     return true;
 }
 
-bool CByteBuffer::grow(unsigned int uiSize, unsigned char*& pReplaced) {
+bool CByteBuffer::grow(unsigned int uiSize, const unsigned char* pInUse, unsigned char*& pReplaced) {
     const unsigned int uiCapacity = m_uiIncrement + uiSize; // linear on purpose: the caller chose the increment
-    unsigned char* const pBlock =
-        uiCapacity < uiSize ? nullptr : static_cast<unsigned char*>(CMemory::malloc(uiCapacity, 0));
-    if (!pBlock)
+    if (uiCapacity < uiSize)
         return reportNoMemory();
     const unsigned int uiKept = std::min(m_uiSize, uiCapacity); // less only if it was attached with a wrong size
-    if (uiKept != 0)
-        std::memcpy(pBlock, m_pBuffer, uiKept);
+    unsigned char* pBlock = extendBlock(uiCapacity, pInUse);
+    if (!pBlock) {
+        pBlock = static_cast<unsigned char*>(CMemory::malloc(uiCapacity, 0));
+        if (!pBlock)
+            return reportNoMemory();
+        if (uiKept != 0)
+            std::memcpy(pBlock, m_pBuffer, uiKept);
+        pReplaced = m_pBuffer; // a detached one too, as the header warns
+    }
     std::memset(pBlock + uiKept, 0, uiCapacity - uiKept);
-    pReplaced = m_pBuffer; // a detached one too, as the header warns
     m_pBuffer = pBlock;
     m_bDetached = false;
     m_uiCapacity = uiCapacity;
     m_uiSize = uiSize;
     return true;
+}
+
+/** With steps of a fixed size a content that is copied at each of them costs time by the square of its size.
+ *  @return the block with its content, which may have moved; null if another one has to be taken. */
+unsigned char* CByteBuffer::extendBlock(unsigned int uiCapacity, const unsigned char* pInUse) {
+    const std::less<const unsigned char*> isBefore; // a test for pointers to different objects, too
+    const bool bInBlock = pInUse && !isBefore(pInUse, m_pBuffer) && isBefore(pInUse, m_pBuffer + m_uiCapacity);
+    if (!m_pBuffer || m_bDetached || bInBlock)
+        return nullptr;
+    return static_cast<unsigned char*>(CMemory::extend(m_pBuffer, uiCapacity));
 }
 
 void CByteBuffer::writeBuffer(const unsigned char* pData, unsigned int uiCount) {
@@ -102,7 +117,7 @@ void CByteBuffer::writeBuffer(const unsigned char* pData, unsigned int uiCount) 
     unsigned char* pReplaced = nullptr;
     if (uiCount > UINT_MAX - m_uiPosition)
         reportNoMemory();
-    else if (changeSize(m_uiPosition + uiCount, pReplaced) && m_pBuffer && pData) {
+    else if (changeSize(m_uiPosition + uiCount, pData, pReplaced) && m_pBuffer && pData) {
         // Beyond the capacity of a block that is not owned, too: its size stays, but the caller knows its room.
         std::memmove(m_pBuffer + m_uiPosition, pData, uiCount);
         m_uiPosition += uiCount;
@@ -122,7 +137,7 @@ unsigned int CByteBuffer::readBuffer(unsigned char* pTarget, unsigned int uiCoun
 
 void CByteBuffer::moveToHead(unsigned int uiCount) noexcept {
     const unsigned int uiRest = uiCount < m_uiSize ? m_uiSize - uiCount : 0;
-    if (uiRest != 0)
+    if (uiRest != 0 && uiCount != 0) // a content that only waits for more stays where it is
         std::memmove(m_pBuffer, m_pBuffer + uiCount, uiRest);
     m_uiSize = uiRest;
     m_uiPosition = uiRest;

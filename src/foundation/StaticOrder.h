@@ -8,4 +8,5 @@
 #define ORLIX_STATIC_LOG __attribute__((init_priority(310)))
 #define ORLIX_STATIC_LOG_UTILITY __attribute__((init_priority(320)))
 #define ORLIX_STATIC_PATH __attribute__((init_priority(330)))
+#define ORLIX_STATIC_DATA_TRANSFER __attribute__((init_priority(340)))
 #define ORLIX_STATIC_SURFACE __attribute__((init_priority(350)))

@@ -123,7 +123,11 @@ void* CMemAllocator::malloc(unsigned int uiSize) {
 void* CMemAllocator::allocBigBlock(unsigned int uiSize) {
     if (uiSize > UINT_MAX - m_uiBigBlockHeaderSize)
         return nullptr;
-    void* const pMemory = std::malloc(uiSize + m_uiBigBlockHeaderSize);
+    return markBigBlock(std::malloc(uiSize + m_uiBigBlockHeaderSize));
+}
+
+/** Writes the header of a block of the system heap. @return behind it; null for null. */
+void* CMemAllocator::markBigBlock(void* pMemory) {
     if (!pMemory)
         return nullptr;
     unsigned char* const pHeader = static_cast<unsigned char*>(pMemory) + m_uiBigBlockHeaderSize - UNIT_HEADER_SIZE;
@@ -147,6 +151,15 @@ void CMemAllocator::free(void* pBlock) {
     const CAutoSync sync(m_syncPools);
     store(pHeader + CHECK_WORD_OFFSET, pPool->pFreeUnits);
     pPool->pFreeUnits = pHeader;
+}
+
+void* CMemAllocator::extend(void* pBlock, unsigned int uiSize) {
+    unsigned char* const pHeader = static_cast<unsigned char*>(pBlock) - UNIT_HEADER_SIZE;
+    if (!isLive(pHeader) || load<tagMemPool*>(pHeader) || findFitPool(uiSize) ||
+        uiSize > UINT_MAX - m_uiBigBlockHeaderSize)
+        return nullptr;
+    void* const pMemory = static_cast<unsigned char*>(pBlock) - m_uiBigBlockHeaderSize;
+    return markBigBlock(std::realloc(pMemory, uiSize + m_uiBigBlockHeaderSize));
 }
 
 void CMemAllocator::unInitialize() { freeAllPool(); }

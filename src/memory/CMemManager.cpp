@@ -86,6 +86,11 @@ void CMemManager::free(void* pBlock) {
         std::free(pBlock);
 }
 
+void* CMemManager::extend(void* pBlock, unsigned int uiSize) {
+    // A checker keeps its own header in front of each block and has the neighbours' addresses in there.
+    return m_pAllocator && !m_pChecker ? m_pAllocator->extend(pBlock, uiSize) : nullptr;
+}
+
 // The three below are the checker's; a build without one has nothing to number and nothing to report.
 unsigned int CMemManager::registClassName(const wchar_t*) { return 0; }
 

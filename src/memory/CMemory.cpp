@@ -19,6 +19,11 @@ void CMemory::free(void* pBlock) {
         std::free(pBlock);
 }
 
+void* CMemory::extend(void* pBlock, unsigned int uiSize) {
+    CMemManager* const pManager = CMemManager::getInstance();
+    return pManager ? pManager->extend(pBlock, uiSize) : nullptr;
+}
+
 unsigned int CMemory::registClassName(const wchar_t* pName) {
     CMemManager* const pManager = CMemManager::getInstance();
     return pManager ? pManager->registClassName(pName) : 0;

@@ -667,20 +667,21 @@ template <class T> std::string bytesOfValue(T tValue) {
 
 class CModelRun {
 public:
-    explicit CModelRun(unsigned int uiSeed) : m_random(uiSeed) {
-        m_model.uiIncrement = m_random() % 40;
+    /** @param uiScale of all sizes: with a large one the blocks are larger than those of the pools. */
+    CModelRun(unsigned int uiSeed, unsigned int uiScale) : m_random(uiSeed), m_uiScale(uiScale) {
+        m_model.uiIncrement = m_random() % 40 * m_uiScale;
         m_buffer.setIncrement(m_model.uiIncrement);
     }
 
     void step() {
-        const unsigned int uiNumber = static_cast<unsigned int>(m_random() % 60);
+        const unsigned int uiNumber = static_cast<unsigned int>(m_random() % 60) * m_uiScale;
         switch (m_random() % 16) {
         case 0:
             return resize(uiNumber, m_random() % 2 == 0);
         case 1:
             return position(uiNumber);
         case 2:
-            return increment(uiNumber % 40);
+            return increment(uiNumber * 2 / 3);
         case 3:
             return moveToHead(uiNumber);
         case 4:
@@ -703,6 +704,8 @@ public:
             return readByte();
         case 13:
             return append(randomBytes(uiNumber));
+        case 14:
+            return appendOwn(uiNumber);
         default:
             EXPECT_EQ(read(m_buffer, uiNumber), m_model.read(uiNumber));
         }
@@ -718,6 +721,7 @@ public:
 
 private:
     std::mt19937 m_random;
+    const unsigned int m_uiScale;
     CByteBuffer m_buffer;
     CBufferModel m_model;
     std::string m_strForeign;
@@ -773,6 +777,16 @@ private:
         write(m_buffer, strBytes);
         m_model.write(strBytes);
     }
+    /** What lies from some byte of the content to its end, once more. */
+    void appendOwn(unsigned int uiNumber) {
+        const std::string strContent = m_model.getContent();
+        const unsigned int uiFrom = std::min(uiNumber, m_model.uiSize);
+        const unsigned int uiCount = std::min(m_model.uiSize - uiFrom, 60 * m_uiScale);
+        if (uiCount == 0 || !mayWrite(uiCount))
+            return;
+        m_buffer.writeBuffer(m_buffer.buffer() + uiFrom, uiCount);
+        m_model.write(strContent.substr(uiFrom, uiCount));
+    }
     template <class T> void writeValue(void (CByteBuffer::*pWrite)(T), T tValue) {
         if (!mayWrite(sizeof(T)))
             return;
@@ -793,7 +807,7 @@ private:
 TEST(CByteBuffer, DoesWhatItsModelDoes) {
     for (unsigned int uiSeed = 0; uiSeed < 200; ++uiSeed) {
         SCOPED_TRACE(uiSeed);
-        CModelRun run(uiSeed);
+        CModelRun run(uiSeed, uiSeed % 2 == 0 ? 1 : 50);
         for (int i = 0; i < 1000 && !testing::Test::HasFailure(); ++i) {
             run.step();
             run.check();

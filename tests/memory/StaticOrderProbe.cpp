@@ -3,6 +3,7 @@
 
 #include <Orlix/foundation/CString.h>
 #include <Orlix/input/CSurface.h>
+#include <Orlix/ipc/CDataTransfer.h>
 #include <Orlix/memory/CMemManager.h>
 #include <Orlix/memory/CMemory.h>
 #include <Orlix/system/CLogUtility.h>
@@ -95,6 +96,8 @@ const void* g_pFolder = nullptr; // the block of the project folder's text
 
 const void* g_pSurface = nullptr;
 
+const void* g_pDeletedInstance = nullptr; // the block of the record of data transfers that are gone
+
 // Says whether the library still keeps a block when its own turn to go comes.
 class CBlockProbe {
 public:
@@ -113,6 +116,10 @@ private:
 
 CBlockProbe g_probeBeforePath __attribute__((init_priority(329))) (L"before paths: project folder", g_pFolder);
 CBlockProbe g_probeAfterPath __attribute__((init_priority(331))) (L"after paths: project folder", g_pFolder);
+CBlockProbe g_probeBeforeTransfer
+    __attribute__((init_priority(339))) (L"before data transfers: record", g_pDeletedInstance);
+CBlockProbe g_probeAfterTransfer
+    __attribute__((init_priority(341))) (L"after data transfers: record", g_pDeletedInstance);
 CBlockProbe g_probeBeforeSurface __attribute__((init_priority(349))) (L"before surfaces: surface", g_pSurface);
 CBlockProbe g_probeAfterSurface __attribute__((init_priority(351))) (L"after surfaces: surface", g_pSurface);
 
@@ -122,6 +129,12 @@ void touchSurface() {
     g_pSurface = pSurface;
     pSurface->setEnable(true);
     pSurface->getCursorManager()->addCursor(1, 10, 20, 0);
+}
+
+// Nobody forgets the one that is gone.
+void leaveDataTransfer() {
+    { const CDataTransfer transfer; }
+    g_pDeletedInstance = &g_aryDeletedInstance[0];
 }
 
 OrlixTest::CTempFolder* g_pLogFolder = nullptr;
@@ -166,6 +179,7 @@ int runProbed() {
     CPath::setProjectFolder(L"/project");
     g_pFolder = CPath::getProjectFolder().getBuffer();
     touchSurface();
+    leaveDataTransfer();
     g_probeLast.freeEarly();
     g_probeAfter.freeEarly();
 #ifndef ORLIX_TEST_ASAN // the library looks in front of these two, and the sanitizer stops the program there
@@ -227,6 +241,8 @@ const char EXPECTED[] = "first: built without manager, block of the system heap\
                         "last: gone with manager\n"
                         "after surfaces: surface kept\n"
                         "before surfaces: surface given back\n"
+                        "after data transfers: record kept\n"
+                        "before data transfers: record given back\n"
                         "after paths: project folder kept\n"
                         "before paths: project folder given back\n"
                         "log utility: gone with manager\n"

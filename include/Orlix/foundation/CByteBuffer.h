@@ -97,8 +97,9 @@ protected:
     bool m_bDetached;           // m_pBuffer was not owned when it was detached
 
 private:
-    bool changeSize(unsigned int uiSize, unsigned char*& pReplaced);
-    bool grow(unsigned int uiSize, unsigned char*& pReplaced);
+    bool changeSize(unsigned int uiSize, const unsigned char* pInUse, unsigned char*& pReplaced);
+    bool grow(unsigned int uiSize, const unsigned char* pInUse, unsigned char*& pReplaced);
+    unsigned char* extendBlock(unsigned int uiCapacity, const unsigned char* pInUse);
 
     template <class T> void writeValue(T tValue) {
         // The first test is false where the sum would wrap.

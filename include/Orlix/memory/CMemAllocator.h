@@ -60,6 +60,12 @@ public:
      *  reported on standard output and left alone. @param pBlock never null: what precedes it is read untested. */
     void free(void* pBlock);
 
+    /** Makes a big block larger; the system moves its pages instead of copying them where it can.
+     *  @param pBlock as for free; it must be no larger than uiSize.
+     *  @return the block, which may have moved; null, and it stays as it was, without memory, for a unit of a pool, for
+     *  a size that a pool serves, and for a block without the mark of a live one. */
+    void* extend(void* pBlock, unsigned int uiSize);
+
     /** Releases all pools, live units included; from then on every request is a big block. */
     void unInitialize();
 
@@ -87,6 +93,7 @@ protected:
 private:
     tagMemPool* searchFitPool(unsigned int uiSize);
     void* allocBigBlock(unsigned int uiSize);
+    void* markBigBlock(void* pMemory);
     unsigned char* carveUnit(tagMemPool* pPool);
 };
 } // namespace Orlix

@@ -35,6 +35,9 @@ public:
     /** @param pBlock a block of malloc, never null. */
     void free(void* pBlock);
 
+    /** As CMemory::extend; a shortage is not told to the listener. */
+    void* extend(void* pBlock, unsigned int uiSize);
+
     /** @return the number of a class, 0 without a checker. */
     unsigned int registClassName(const wchar_t* pName);
 

@@ -23,6 +23,13 @@ public:
      *  A block that is foreign or was freed before is reported on standard output and left alone. */
     static void free(void* pBlock);
 
+    /** Makes a large block larger without copying it, where the system can do that: the short way for a block that
+     *  grows often, not a way to change any block. What a block held stays; the rest is as it comes.
+     *  @param pBlock a block of malloc, never null. @param uiSize bytes, no less than it has.
+     *  @return the block, which may have moved; null, and it stays as it was, for one that is or would be a pool's,
+     *  without a manager, under a memory checker, and without memory: then take another one with malloc and copy. */
+    static void* extend(void* pBlock, unsigned int uiSize);
+
     /** The number under which the memory checker accounts for a class; the same for the same name.
      *  @return 0 when no checker is attached. */
     static unsigned int registClassName(const wchar_t* pName);
