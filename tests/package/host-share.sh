@@ -180,6 +180,8 @@ expect_refusal --share-read "$key" --share-write "$key" --size 16 "$scratch/in"
 expect_refusal --share-read "$key" --size 16 --fast
 expect_refusal --share-read "$key" --size 16 --text "$scratch/in"
 expect_refusal --share-read "$key" --size 16 --surface 0
+expect_refusal --share-read "$key" --size 16 --listen 7000
+expect_refusal --share-write "$key" --size 16 --connect 127.0.0.1:7000 "$scratch/in"
 expect_refusal --share-write "$key" --size 16
 expect_refusal --share-write "$key" "$scratch/in"
 expect_refusal --share-write "$key" --size 16 "$scratch/in" "$scratch/in"
