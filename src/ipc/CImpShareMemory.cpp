@@ -23,9 +23,11 @@ constexpr unsigned int NAME_SIZE = 32; // bytes
 constexpr unsigned int REASON_SIZE = 1024;
 
 constexpr long NANOSECONDS_PER_SECOND = 1000000000;
-constexpr long STOP_LOOK_NS = 100000000;   // a wait looks at the stop flag after this long
-constexpr long READER_TIME_NS = 100000000; // in which a woken reader is expected to be in its cycle
-constexpr long SHORT_WAIT_NS = 50000;      // so long it is not worth to sleep
+constexpr long STOP_LOOK_NS = 100000000; // a wait looks at the stop flag after this long
+constexpr int LEAVE_TRIES = 10;          // of a reader that stops: a second for a peer that is slow
+constexpr long COURTESY_NS = 5000000;    // in which a woken reader is expected to come up
+constexpr long STEP_NS = 2000000;        // the same, from its first step on
+constexpr long SHORT_WAIT_NS = 50000;    // so long it is not worth to sleep
 constexpr long PAUSE_NS = 50000;
 
 timespec getTimeIn(long lNanoseconds) {
@@ -47,7 +49,7 @@ bool isPast(const timespec& deadline) {
 /** @param iError gets the reason of a failure. @return null on failure. */
 sem_t* openSemaphore(const wchar_t* pPrefix, int iSegmentID, unsigned int uiValue, int& iError) {
     char szName[NAME_SIZE];
-    CStringConverter::convertToMBCS(CStringConverter::format(L"%s%d", pPrefix, iSegmentID), szName, NAME_SIZE);
+    CStringConverter::convertToMBCS(CStringConverter::format(L"%ls%d", pPrefix, iSegmentID), szName, NAME_SIZE);
     sem_t* const pSemaphore = sem_open(szName, O_CREAT | O_RDWR, EVERYBODY, uiValue);
     if (pSemaphore == SEM_FAILED)
         iError = errno;
@@ -66,10 +68,8 @@ int getValue(sem_t* pSemaphore) {
     return iValue;
 }
 
-void postIfZero(sem_t* pSemaphore) {
-    if (pSemaphore && getValue(pSemaphore) == 0)
-        sem_post(pSemaphore);
-}
+/** @return whether it posted. */
+bool postIfZero(sem_t* pSemaphore) { return pSemaphore && getValue(pSemaphore) == 0 && sem_post(pSemaphore) == 0; }
 
 /** Never sleeps: another process may be lowering the semaphore too. */
 void lowerTo(sem_t* pSemaphore, int iValue) {
@@ -90,23 +90,6 @@ void logSemaphoreError(int iError) {
 }
 } // namespace
 
-/** A time in which another process is expected to do its part. */
-class CImpShareMemory::CPatience {
-public:
-    explicit CPatience(long lNanoseconds) : m_timeShort(getTimeIn(SHORT_WAIT_NS)), m_timeEnd(getTimeIn(lNanoseconds)) {}
-    bool isOver() const { return isPast(m_timeEnd); }
-    /** Does not sleep at first. It does not yield either: on a busy machine that is a long time. */
-    void pause() const {
-        const timespec pause{0, PAUSE_NS};
-        if (isPast(m_timeShort))
-            nanosleep(&pause, nullptr);
-    }
-
-private:
-    timespec m_timeShort;
-    timespec m_timeEnd;
-};
-
 CImpShareMemory::CImpShareMemory(CShareMemory* pOwner)
     : m_pOwner(pOwner), m_iSegmentID(0), m_pSemRead(nullptr), m_pSemWrite(nullptr), m_pSemEvent(nullptr),
       m_bSegment(false) {}
@@ -114,19 +97,27 @@ CImpShareMemory::CImpShareMemory(CShareMemory* pOwner)
 CImpShareMemory::~CImpShareMemory() = default;
 
 bool CImpShareMemory::open(unsigned int uiKey) {
-    if (attach(uiKey) && openSemaphores()) {
-        // Who was here before may have left more than the locks may hold, or the wake-up for a block that is gone.
-        lowerTo(m_pSemRead, 1);
-        lowerTo(m_pSemWrite, 1);
-        lowerTo(m_pSemEvent, 0);
-        recover();
-        return true;
+    CImpShareMemory fresh(m_pOwner); // what a running channel works with stays as it is if this fails
+    unsigned char* pSegment = nullptr;
+    if (!fresh.attach(uiKey, pSegment) || !fresh.openSemaphores()) {
+        fresh.release(pSegment);
+        return false;
     }
-    close();
-    return false;
+    m_iSegmentID = fresh.m_iSegmentID;
+    m_bSegment = true;
+    m_pSemRead = fresh.m_pSemRead;
+    m_pSemWrite = fresh.m_pSemWrite;
+    m_pSemEvent = fresh.m_pSemEvent;
+    m_pOwner->m_pSegment = pSegment;
+    // Who was here before may have left more than the locks may hold, or the wake-up for a block that is gone.
+    lowerTo(m_pSemRead, 1);
+    lowerTo(m_pSemWrite, 1);
+    lowerTo(m_pSemEvent, 0);
+    recover();
+    return true;
 }
 
-bool CImpShareMemory::attach(unsigned int uiKey) {
+bool CImpShareMemory::attach(unsigned int uiKey, unsigned char*& pSegment) {
     const unsigned int uiSize = m_pOwner->m_uiSegmentSize;
     // A size that has wrapped is refused here: the system would take it for any segment that exists.
     const int iSegmentID =
@@ -137,12 +128,12 @@ bool CImpShareMemory::attach(unsigned int uiKey) {
     }
     m_iSegmentID = iSegmentID;
     m_bSegment = true;
-    void* const pSegment = shmat(iSegmentID, nullptr, 0);
-    if (pSegment == reinterpret_cast<void*>(-1)) {
+    void* const pAttached = shmat(iSegmentID, nullptr, 0);
+    if (pAttached == reinterpret_cast<void*>(-1)) {
         CLogEngine::error2(L"CShareMemory: shmat error.");
         return false;
     }
-    m_pOwner->m_pSegment = static_cast<unsigned char*>(pSegment);
+    pSegment = static_cast<unsigned char*>(pAttached);
     return true;
 }
 
@@ -176,10 +167,12 @@ void CImpShareMemory::recover() {
     postIfZero(m_pSemWrite);
 }
 
-void CImpShareMemory::close() {
-    if (m_pOwner->m_pSegment)
-        shmdt(m_pOwner->m_pSegment);
-    m_pOwner->m_pSegment = nullptr;
+void CImpShareMemory::close() { release(m_pOwner->m_pSegment); }
+
+void CImpShareMemory::release(unsigned char*& pSegment) {
+    if (pSegment)
+        shmdt(pSegment);
+    pSegment = nullptr;
     if (m_bSegment) {
         shmid_ds state;
         if (shmctl(m_iSegmentID, IPC_STAT, &state) == 0 && state.shm_nattch == 0)
@@ -219,46 +212,35 @@ bool CImpShareMemory::waitFor(sem_t* pSemaphore) const {
 void CImpShareMemory::runWriter() {
     while (!m_pOwner->isPrepareStopThread()) {
         m_pOwner->setCanWrite(false);
-        if (!takeWriteSemaphore())
+        if (!waitFor(m_pSemWrite))
             return;
         m_pOwner->setCanWrite(true);
         m_pOwner->m_waitWrite.wait(0);
-        postIfZero(m_pSemEvent);
-        awaitReader();
         sem_post(m_pSemWrite);
+        if (postIfZero(m_pSemEvent) && !isAlone())
+            letReaderIn();
         while (m_pOwner->m_bLeaving && !m_pOwner->isPrepareStopThread())
             m_pOwner->m_waitWrite.wait(0); // one more round would tell a reader of the same end again
     }
 }
 
-/** Gives a reader that was woken the time to be counted in. It cannot get past this thread before the write semaphore
- * is posted, so the count tells for certain; who is not there in time has to wait for the next block. */
-void CImpShareMemory::awaitReader() const {
-    if (isAlone())
-        return;
-    const CPatience patience(READER_TIME_NS);
-    while (m_pOwner->getReaderCount() == 0 && !patience.isOver() && !m_pOwner->isPrepareStopThread())
-        patience.pause();
-}
-
-/** Lets go first who has been counted in: nothing hands a semaphore over, so without that this thread would have it
- * back before a reader comes up, each time. A count that stays for other reasons does not keep it for long.
- *  @return false as waitFor. */
-bool CImpShareMemory::takeWriteSemaphore() const {
-    const CPatience patience(READER_TIME_NS);
-    while (true) {
-        while (isReaderUnderWay(patience) && getValue(m_pSemWrite) != 0)
-            patience.pause();
-        if (!waitFor(m_pSemWrite))
-            return false;
-        if (!isReaderUnderWay(patience))
-            return true;
-        sem_post(m_pSemWrite);
+/** A courtesy before the next round: nothing hands a semaphore over, so this thread would have it back before the
+ *  reader that it woke comes up, each time. Ends once somebody holds it, or when a reader that has taken the event does
+ *  not get that far: then it is not the first of its cycle, or already through. An event that nobody takes costs it
+ * all, but only once, since it is not raised again. Who comes later waits for the next block. */
+void CImpShareMemory::letReaderIn() const {
+    const timespec pause{0, PAUSE_NS};
+    const timespec timeShort = getTimeIn(SHORT_WAIT_NS);
+    timespec timeEnd = getTimeIn(COURTESY_NS);
+    bool bUnderWay = false;
+    while (getValue(m_pSemWrite) != 0 && !isPast(timeEnd) && !m_pOwner->isPrepareStopThread()) {
+        if (!bUnderWay && getValue(m_pSemEvent) == 0) {
+            bUnderWay = true;
+            timeEnd = getTimeIn(STEP_NS);
+        }
+        if (isPast(timeShort)) // no yield before that either: on a busy machine that is a long time
+            nanosleep(&pause, nullptr);
     }
-}
-
-bool CImpShareMemory::isReaderUnderWay(const CPatience& patience) const {
-    return m_pOwner->getReaderCount() != 0 && !patience.isOver() && !m_pOwner->isPrepareStopThread();
 }
 
 void CImpShareMemory::runReader() {
@@ -285,6 +267,12 @@ void CImpShareMemory::runReaderCycle() {
 
 /** Hands the block to the host thread and waits until that is done with it. */
 void CImpShareMemory::postMessage() {
+    // An answer that came for an earlier message would count for this one, and let a writer in before its time. What
+    // is dropped here may be the word of the stop as well.
+    m_pOwner->m_waitRead.notify();
+    m_pOwner->m_waitRead.wait(0);
+    if (m_pOwner->isPrepareStopThread())
+        return;
     CMsgShareMemory* const pMessage = new CMsgShareMemory(m_pOwner);
     if (!pMessage)
         return; // nobody would ever answer
@@ -294,9 +282,13 @@ void CImpShareMemory::postMessage() {
 }
 
 void CImpShareMemory::leaveCycle() {
-    if (!waitFor(m_pSemRead))
-        return; // its holder was killed: the next open that is alone clears the count
-    m_pOwner->readerCountChange(false);
-    sem_post(m_pSemRead);
+    for (int i = 0; i < LEAVE_TRIES; ++i) { // each one ends in vain only once the stop is asked for
+        if (!waitFor(m_pSemRead))
+            continue;
+        m_pOwner->readerCountChange(false);
+        sem_post(m_pSemRead);
+        return;
+    }
+    // Its holder was killed: the next open that is alone clears the count.
 }
 } // namespace Orlix

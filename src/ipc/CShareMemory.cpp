@@ -18,7 +18,8 @@ constexpr unsigned int LENGTH_OFFSET = 4;
 constexpr unsigned char EXIT_BLOCK[] = {'#', 'e', 'x', 'i', 't', '#'};
 constexpr unsigned int EXIT_SIZE = sizeof(EXIT_BLOCK);
 
-// Other processes store here at any time, so each number is read and written whole, and read once.
+// Other processes store here at any time, so each number is read and written whole, and read once. In the machine's
+// order of bytes, which is little-endian on all that this library is built for.
 unsigned int loadNumber(const unsigned char* pPlace) noexcept {
     return __atomic_load_n(reinterpret_cast<const unsigned int*>(pPlace), __ATOMIC_RELAXED);
 }
@@ -31,37 +32,46 @@ void storeNumber(unsigned char* pPlace, unsigned int uiValue) noexcept {
 CShareMemory::CShareMemory()
     : m_pListener(nullptr), m_eMode(MODE_READER), m_pSegment(nullptr), m_uiSegmentSize(0), m_bCanWrite(false),
       m_waitWrite(CString(L"")), m_waitRead(CString(L"")), m_pImp(new CImpShareMemory(this)), m_bPosted(false),
-      m_bLeaving(false) {}
+      m_bLeaving(false), m_uiRun(0) {}
 
 CShareMemory::~CShareMemory() {
     close();
     delete m_pImp;
-    if (m_bPosted)
-        CMessageCenter::getInstance()->deleteMessageByTypeAndID(CBaseMessage::MESSAGE_SHARE_MEMORY, getID());
+    forgetMessages();
 }
 
 bool CShareMemory::open(unsigned int uiKey, EModeType eMode, unsigned int uiSize) {
+    const EModeType eOldMode = m_eMode;
+    const unsigned int uiOldSize = m_uiSegmentSize;
     m_eMode = eMode;
     m_uiSegmentSize = uiSize + HEAD_SIZE; // may wrap: then there is no such segment
-    setCanWrite(false);
-    m_bLeaving = false;
-    if (!m_pImp || !m_pImp->open(uiKey))
+    if (!m_pImp || !m_pImp->open(uiKey)) {
+        m_eMode = eOldMode; // for a channel that goes on with what it has
+        m_uiSegmentSize = uiOldSize;
         return false;
+    }
     const CConfigParser::tagThread& thread = CConfigParser::getInstance()->getThread();
     setThreadName(thread.name[CConfigParser::THREAD_SM]);
     setThreadPriority(thread.priority[CConfigParser::THREAD_SM]);
     if (!m_bRunning)
-        forgetOldSignals();
+        forgetOldRun();
     startThread();
     return true;
 }
 
-/** What an earlier run was not waiting for any more would end the first cycle of this one at once. */
-void CShareMemory::forgetOldSignals() {
-    for (CWaitObject* const pWait : {&m_waitWrite, &m_waitRead}) {
-        pWait->notify();
-        pWait->wait(0);
-    }
+/** Nothing of an earlier run may count as something of the next. */
+void CShareMemory::forgetOldRun() {
+    ++m_uiRun;
+    setCanWrite(false);
+    m_bLeaving = false;
+    m_waitWrite.notify(); // so that the next line does not wait: it takes this one, or the one that was left
+    m_waitWrite.wait(0);
+    forgetMessages();
+}
+
+void CShareMemory::forgetMessages() {
+    if (m_bPosted)
+        CMessageCenter::getInstance()->deleteMessageByTypeAndID(CBaseMessage::MESSAGE_SHARE_MEMORY, getID());
 }
 
 void CShareMemory::close() {
@@ -128,11 +138,13 @@ void CShareMemory::handleShareMemoryMessage() {
     // Without a listener nobody would take the block, so the writers are kept off it: on purpose.
     if (m_eMode != MODE_READER || !m_pListener)
         return;
+    const unsigned int uiRun = m_uiRun;
     if (isExitBlock())
         m_pListener->onWritterClose();
     else
         m_pListener->onDataAvailable();
-    m_waitRead.notify();
+    if (m_uiRun == uiRun) // or the listener has closed and opened the channel: the answer is not for a new message
+        m_waitRead.notify();
 }
 
 unsigned int CShareMemory::readerCountChange(bool bAdd) {

@@ -110,6 +110,21 @@ private:
     Orlix::CShareMemory& m_channel;
 };
 
+/** Writes a block until the listener has seen it: on a busy machine a reader may come up too late for it, and then has
+ *  to wait for the next one, which is the same again. So it may be seen twice. */
+inline bool passOn(COpenChannel& writer, CBlockListener& listener, const VecByte& vecBlock) {
+    const std::size_t uiBefore = listener.m_vecBlock.size();
+    auto timeAgain = std::chrono::steady_clock::now();
+    return runUntil([&] {
+        if (listener.m_vecBlock.size() > uiBefore && listener.m_vecBlock.back() == vecBlock)
+            return true;
+        if (std::chrono::steady_clock::now() >= timeAgain &&
+            writer.writeData(vecBlock.data(), static_cast<unsigned int>(vecBlock.size())))
+            timeAgain = std::chrono::steady_clock::now() + std::chrono::milliseconds(100);
+        return false;
+    });
+}
+
 /** The segment of a key and its semaphores, seen and changed past the library, as any other process can. */
 class CRawChannel {
 public:

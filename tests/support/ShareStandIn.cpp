@@ -105,6 +105,8 @@ int shmdt(const void* pAddress) noexcept {
 int shmctl(int iSegmentID, int iCommand, shmid_ds* pState) noexcept {
     if (iCommand == IPC_RMID)
         note("remove");
+    if (iCommand == IPC_STAT && g_pStandIn && g_pStandIn->m_fnLook)
+        g_pStandIn->m_fnLook();
     return getReal<decltype(&shmctl)>("shmctl")(isZeroID(iSegmentID) ? g_iRealID : iSegmentID, iCommand, pState);
 }
 
@@ -155,9 +157,10 @@ int sem_post(sem_t* pSemaphore) noexcept {
 
 char* strerror(int iError) noexcept {
     static char s_szLong[1025];
-    if (!g_pStandIn || !g_pStandIn->m_bLongReason)
+    if (!g_pStandIn || g_pStandIn->m_uiReason == 0)
         return getReal<decltype(&strerror)>("strerror")(iError);
-    std::memset(s_szLong, 'x', sizeof(s_szLong) - 1);
+    std::memset(s_szLong, 'x', g_pStandIn->m_uiReason);
+    s_szLong[g_pStandIn->m_uiReason] = '\0';
     return s_szLong;
 }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <string>
@@ -29,7 +30,8 @@ public:
 
     int m_iKillAt = 0;                  // 0 for never
     bool m_bNoAttach = false;           // no segment can be attached
-    bool m_bLongReason = false;         // errors are described in 1024 bytes
+    unsigned int m_uiReason = 0;        // bytes in which errors are described, at most 1024; 0 as the system does
+    std::function<void()> m_fnLook;     // called before each look at the state of a segment; null for nothing
     bool m_bZeroID = false;             // the one segment that is made has the identifier 0
     std::atomic<bool> m_bNoPost{false}; // posts are lost, as if another process had taken what they give
 

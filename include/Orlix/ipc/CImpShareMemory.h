@@ -45,18 +45,15 @@ protected:
     bool m_bSegment; // m_iSegmentID is one
 
 private:
-    class CPatience;
-
-    bool attach(unsigned int uiKey);
+    bool attach(unsigned int uiKey, unsigned char*& pSegment);
     bool openSemaphores();
+    void release(unsigned char*& pSegment);
     bool isAlone() const;
     bool isLeftBlocked() const;
     void recover();
     bool waitFor(sem_t* pSemaphore) const;
     void runWriter();
-    bool takeWriteSemaphore() const;
-    void awaitReader() const;
-    bool isReaderUnderWay(const CPatience& patience) const;
+    void letReaderIn() const;
     void runReader();
     void runReaderCycle();
     void leaveCycle();

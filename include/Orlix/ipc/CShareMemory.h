@@ -50,7 +50,7 @@ public:
      *  that waits unseen in the segment is told to nobody any more.
      *  @param uiKey 0 is the system's private key: a segment that no other open finds.
      *  @param uiSize bytes of the largest block; an existing segment must be as large at least.
-     *  @return false, with nothing open and the reason in the log, on failure. */
+     *  @return false, with the reason in the log and everything as it was, on failure. */
     bool open(unsigned int uiKey, EModeType eMode, unsigned int uiSize);
 
     /** A writer tells the readers, if it may write at this moment: otherwise they hear nothing. Then the thread ends,
@@ -100,6 +100,7 @@ protected:
     IShareMemory* m_pImp;         // owned; null only if it could not be allocated
     bool m_bPosted;               // by the thread: messages of this instance may wait
     bool m_bLeaving;              // set before the block of leave: behind it the writer's thread only awaits its stop
+    unsigned int m_uiRun;         // counts the runs of the thread
 
     /** Whether writeData would be taken now. */
     bool canWrite() const noexcept { return m_bRunning && __atomic_load_n(&m_bCanWrite, __ATOMIC_ACQUIRE); }
@@ -114,6 +115,7 @@ private:
     bool isExitBlock() const noexcept;
     void storeBlock(const unsigned char* pData, unsigned int uiSize) noexcept;
     void writeExitBlock();
-    void forgetOldSignals();
+    void forgetOldRun();
+    void forgetMessages();
 };
 } // namespace Orlix

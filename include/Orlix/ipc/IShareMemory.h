@@ -8,8 +8,8 @@ namespace Orlix {
 class ORLIX_API IShareMemory {
 public:
     virtual ~IShareMemory() = default;
-    /** Attaches the segment of a key and makes it known to the channel. @return false, with nothing held, on failure.
-     */
+    /** Attaches the segment of a key and makes it known to the channel. @return false on failure, with
+     *  everything as it was. */
     virtual bool open(unsigned int uiKey) = 0;
     /** Gives back what is held; nothing happens without. The thread must have ended. */
     virtual void close() = 0;
