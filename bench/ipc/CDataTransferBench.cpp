@@ -243,16 +243,15 @@ private:
 };
 
 /** From the first send to the receipt of the last message. */
-template <class TChannel> void stream(benchmark::State& state) {
+template <class TChannel, unsigned int TOnTheirWay> void stream(benchmark::State& state) {
     constexpr unsigned int MESSAGES = 20000;
-    constexpr unsigned int ON_THEIR_WAY = 128;
     TChannel channel;
     for (auto _ : state) {
         g_receiver.uiLeft = MESSAGES;
         g_uiArrived = 0;
         std::thread sender([&] {
             for (unsigned int i = 0; i < MESSAGES; ++i) {
-                while (i - g_uiArrived.load() >= ON_THEIR_WAY)
+                while (i - g_uiArrived.load() >= TOnTheirWay)
                     std::this_thread::yield();
                 channel.post();
             }
@@ -284,8 +283,8 @@ template <class TReceiver> void largeFrame(benchmark::State& state) {
 }
 
 template <template <std::size_t> class TChannel> void registerTransfer(const std::string& strName) {
-    benchmark::RegisterBenchmark((strName + "_stream/64").c_str(), stream<TChannel<64>>)->UseRealTime();
-    benchmark::RegisterBenchmark((strName + "_stream/4096").c_str(), stream<TChannel<4096>>)->UseRealTime();
+    benchmark::RegisterBenchmark((strName + "_stream/64").c_str(), stream<TChannel<64>, 1024>)->UseRealTime();
+    benchmark::RegisterBenchmark((strName + "_stream/4096").c_str(), stream<TChannel<4096>, 128>)->UseRealTime();
     registerWakeUp<TChannel<64>>(strName);
 }
 
