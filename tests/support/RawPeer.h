@@ -124,6 +124,7 @@ public:
     ~CRawListener() { ::close(m_iSocket); }
 
     unsigned int getPort() const { return m_uiPort; }
+    int getSocket() const { return m_iSocket; }
     /** From here on connections are taken, and nobody else can listen. */
     void listen() { ::listen(m_iSocket, 16); }
     /** @return the next connection, not open if none came in time. */
