@@ -55,7 +55,7 @@ bool CHostApplication::startSurface(unsigned int uiIndex) {
         return false;
     const CConfigParser::tagSurface& config = *CConfigParser::getInstance()->getSurfaceByIndex(uiIndex);
     pSurface->setSurfaceName(config.name);
-    pSurface->setTouchListener(&m_touchPrinter);
+    pSurface->setTouchListener(m_pTouchListener);
     pSurface->setSurfaceListener(this);
     pSurface->setEnable(config.enable_touch);
     return true;

@@ -23,6 +23,10 @@ public:
      *  @return false, after one line on stderr, if a surface cannot be brought up. */
     bool start();
 
+    /** Gives the touches to another listener than the one that prints them. Before start.
+     *  @param listener outlives the loop. */
+    void setTouchListener(Orlix::ITouchListener& listener) noexcept { m_pTouchListener = &listener; }
+
     /** Handles messages until a quit message, asleep while there are none. */
     void runLoop();
 
@@ -49,7 +53,8 @@ private:
     CHeadlessPlatform m_platform;
     CTouchStatistics m_statistics;
     CTouchPrinter m_touchPrinter;
-    unsigned int m_uiSurfaces = 0; // brought up, from the first on
+    Orlix::ITouchListener* m_pTouchListener = &m_touchPrinter; // of every surface
+    unsigned int m_uiSurfaces = 0;                             // brought up, from the first on
     unsigned int m_uiStartTick;
     unsigned int m_uiLines = 0;
     unsigned int m_uiRenders = 0;

@@ -6,6 +6,23 @@
 #include <cstdlib>
 #include <cstring>
 
+#include <arpa/inet.h>
+
+namespace {
+
+bool readNumber(const char* pText, unsigned long ulMost, unsigned int& uiNumber) {
+    char* pEnd = nullptr;
+    errno = 0;
+    const unsigned long ulNumber = std::strtoul(pText, &pEnd, 10);
+    if (pText[0] < '0' || pText[0] > '9' || *pEnd != '\0' || errno != 0 || ulNumber > ulMost)
+        return false;
+    uiNumber = static_cast<unsigned int>(ulNumber);
+    return true;
+}
+
+bool readPort(const char* pText, unsigned int& uiPort) { return readNumber(pText, 65535, uiPort) && uiPort != 0; }
+} // namespace
+
 bool CHostOptions::parse(int iCount, char** ppArgument) {
     for (int i = 1; i < iCount; ++i) {
         const char* const pOption = ppArgument[i];
@@ -45,26 +62,57 @@ const char** CHostOptions::findValue(const char* pOption) noexcept {
         return &m_pConfigPath;
     if (std::strcmp(pOption, "--surface") == 0)
         return &m_pSurface;
+    if (std::strcmp(pOption, "--listen") == 0)
+        return &m_pListen;
+    if (std::strcmp(pOption, "--connect") == 0)
+        return &m_pConnect;
     return nullptr;
 }
 
 bool CHostOptions::check() {
-    const int iTasks = (m_pTextPath ? 1 : 0) + (m_pPlayPath ? 1 : 0) + (m_bPrintConfig ? 1 : 0);
-    if (iTasks == 1 && (m_pPlayPath || (!m_bFast && !m_pSurface)))
-        return !m_pSurface || readSurface();
-    std::fprintf(stderr, "orlix-host: usage: orlix-host [--config FILE] followed by --play RECORDING [--surface N] "
-                         "[--fast], --text FILE or --print-config; - is standard input\n");
+    if (checkCombination())
+        return (!m_pSurface || readSurface()) && (!m_pListen || readListenPort()) &&
+               (!m_pConnect || readConnectAddress());
+    std::fprintf(stderr,
+                 "orlix-host: usage: orlix-host [--config FILE] [--listen PORT | --connect ADDRESS:PORT] followed "
+                 "by --play RECORDING [--surface N] [--fast], --text FILE or nothing; or [--config FILE] "
+                 "--print-config; - is standard input\n");
     return false;
 }
 
-bool CHostOptions::readSurface() {
-    char* pEnd = nullptr;
-    errno = 0;
-    const unsigned long ulSurface = std::strtoul(m_pSurface, &pEnd, 10);
-    if (m_pSurface[0] < '0' || m_pSurface[0] > '9' || *pEnd != '\0' || errno != 0 || ulSurface > UINT_MAX) {
-        std::fprintf(stderr, "orlix-host: --surface takes a number, not %s\n", m_pSurface);
+bool CHostOptions::checkCombination() const noexcept {
+    const int iSources = (m_pTextPath ? 1 : 0) + (m_pPlayPath ? 1 : 0);
+    if (!m_pPlayPath && (m_bFast || m_pSurface))
         return false;
+    if (m_bPrintConfig)
+        return iSources == 0 && !hasPeer();
+    return (iSources == 1 || (iSources == 0 && hasPeer())) && !(m_pListen && m_pConnect);
+}
+
+bool CHostOptions::readSurface() {
+    if (readNumber(m_pSurface, UINT_MAX, m_uiSurface))
+        return true;
+    std::fprintf(stderr, "orlix-host: --surface takes a number, not %s\n", m_pSurface);
+    return false;
+}
+
+bool CHostOptions::readListenPort() {
+    if (readPort(m_pListen, m_uiListenPort))
+        return true;
+    std::fprintf(stderr, "orlix-host: --listen takes a port from 1 to 65535, not %s\n", m_pListen);
+    return false;
+}
+
+bool CHostOptions::readConnectAddress() {
+    const char* const pColon = std::strrchr(m_pConnect, ':');
+    in_addr address;
+    if (pColon) {
+        m_strConnectAddress.assign(m_pConnect, pColon);
+        if (inet_pton(AF_INET, m_strConnectAddress.c_str(), &address) == 1 && readPort(pColon + 1, m_uiConnectPort))
+            return true;
     }
-    m_uiSurface = static_cast<unsigned int>(ulSurface);
-    return true;
+    std::fprintf(stderr,
+                 "orlix-host: --connect takes an IPv4 address in digits and a port, as in 127.0.0.1:7000, not %s\n",
+                 m_pConnect);
+    return false;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 /** The command line of orlix-host, checked. Texts point into the arguments. */
 class CHostOptions {
 public:
@@ -12,6 +14,14 @@ public:
     const char* getPlayPath() const noexcept { return m_pPlayPath; }
     /** The configuration file; null for none. */
     const char* getConfigPath() const noexcept { return m_pConfigPath; }
+    /** The port that is listened on; 0 for none. */
+    unsigned int getListenPort() const noexcept { return m_uiListenPort; }
+    /** The address of the peer that is connected to, in digits; empty for none. */
+    const std::string& getConnectAddress() const noexcept { return m_strConnectAddress; }
+    /** The port of that peer. */
+    unsigned int getConnectPort() const noexcept { return m_uiConnectPort; }
+    /** Whether there is a peer of either kind. */
+    bool hasPeer() const noexcept { return m_pListen || m_pConnect; }
     /** The surface that gets the touches. */
     unsigned int getSurface() const noexcept { return m_uiSurface; }
     /** Whether touches are played without waiting. */
@@ -24,12 +34,20 @@ private:
     const char* m_pPlayPath = nullptr;
     const char* m_pConfigPath = nullptr;
     const char* m_pSurface = nullptr;
+    const char* m_pListen = nullptr;
+    const char* m_pConnect = nullptr;
     unsigned int m_uiSurface = 0;
+    unsigned int m_uiListenPort = 0;
+    std::string m_strConnectAddress;
+    unsigned int m_uiConnectPort = 0;
     bool m_bFast = false;
     bool m_bPrintConfig = false;
 
     bool* findFlag(const char* pOption) noexcept;
     const char** findValue(const char* pOption) noexcept;
     bool check();
+    bool checkCombination() const noexcept;
     bool readSurface();
+    bool readListenPort();
+    bool readConnectAddress();
 };

@@ -1,9 +1,10 @@
 #include "CLineReader.h"
 
+#include "CEventFlag.h"
+
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -47,19 +48,15 @@ bool CLineReader::readLine(std::string& strLine) {
 
 /** @return false at the end of the input and when it cannot be read any further. */
 bool CLineReader::fill() {
-    while (m_iError == 0) {
+    while (m_iError == 0 && m_stop.waitForInput(m_iFile)) { // which also waits for a descriptor that never blocks
         const ssize_t iRead = read(m_iFile, m_aryChunk, sizeof(m_aryChunk));
         if (iRead >= 0) {
             m_uiStart = 0;
             m_uiEnd = static_cast<std::size_t>(iRead);
             return iRead > 0;
         }
-        if (errno == EAGAIN) { // a descriptor that another program has made non-blocking
-            pollfd wait{m_iFile, POLLIN, 0};
-            poll(&wait, 1, -1);
-        } else if (errno != EINTR) {
+        if (errno != EAGAIN && errno != EINTR)
             m_iError = errno;
-        }
     }
     return false;
 }

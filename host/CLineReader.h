@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <string>
 
+class CEventFlag;
+
 /** Reads a file, a pipe or standard input line by line, each line as soon as it is there.
  *
  *  Threads: open on one thread, then readLine on one, which may be another. */
@@ -11,7 +13,8 @@ public:
     /** A longer line is an error: an input without line ends must not take all memory. */
     static constexpr std::size_t LINE_BYTES_MOST = 64u << 20;
 
-    CLineReader() = default;
+    /** @param stop once set, the input counts as ended. Outlives this. */
+    explicit CLineReader(const CEventFlag& stop) noexcept : m_stop(stop) {}
     CLineReader(const CLineReader&) = delete;
     CLineReader& operator=(const CLineReader&) = delete;
     ~CLineReader();
@@ -29,6 +32,7 @@ public:
 private:
     bool fill();
 
+    const CEventFlag& m_stop;
     int m_iFile = -1;
     int m_iError = 0;
     char m_aryChunk[65536];

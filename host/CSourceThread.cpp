@@ -1,5 +1,6 @@
 #include "CSourceThread.h"
 
+#include "CEventFlag.h"
 #include "ExitCode.h"
 #include "ISource.h"
 
@@ -28,7 +29,7 @@ int CSourceThread::join() {
     return m_iExitCode;
 }
 
-void CSourceThread::waitForRoom() {
-    while (CMessageCenter::getInstance()->getMessageCount() > MESSAGES_MOST)
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+void CSourceThread::waitForRoom(const CEventFlag& stop) {
+    while (CMessageCenter::getInstance()->getMessageCount() > MESSAGES_MOST &&
+           stop.sleepUntil(std::chrono::steady_clock::now() + std::chrono::milliseconds(1))) {}
 }

@@ -2,6 +2,7 @@
 
 #include <thread>
 
+class CEventFlag;
 class ISource;
 
 /** The thread on which a source posts its work, and END_OF_SOURCE as a logic event behind the last of it. */
@@ -20,8 +21,9 @@ public:
     /** The source's exit code. Waits for the end of the input. */
     int join();
 
-    /** Keeps an input that is faster than the output from piling up in memory: call it between two posts. */
-    static void waitForRoom();
+    /** Keeps an input that is faster than the output from piling up in memory: call it between two posts.
+     *  @param stop once set, there is no waiting: nobody takes messages any more. */
+    static void waitForRoom(const CEventFlag& stop);
 
 private:
     int m_iExitCode; // written by the thread before it ends

@@ -1,5 +1,6 @@
 #include "CTextSource.h"
 
+#include "CEventFlag.h"
 #include "CSourceThread.h"
 #include "ExitCode.h"
 
@@ -21,7 +22,7 @@ int CTextSource::run() {
     std::string strLine;
     while (m_reader.readLine(strLine)) {
         postLine(strLine);
-        CSourceThread::waitForRoom();
+        CSourceThread::waitForRoom(m_stop);
     }
     if (m_reader.getError() == 0)
         return EXIT_DONE;

@@ -9,10 +9,14 @@
  *  repaint target 0 behind it. A line ends for the library at its first zero byte, like every text. */
 class CTextSource : public ISource {
 public:
+    /** @param stop ends the text early, without an error. Outlives this. */
+    explicit CTextSource(const CEventFlag& stop) noexcept : m_stop(stop), m_reader(stop) {}
+
     bool open(const char* pPath) override;
     int run() override;
 
 private:
+    const CEventFlag& m_stop;
     const char* m_pPath = nullptr;
     CLineReader m_reader;
 

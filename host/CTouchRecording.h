@@ -44,6 +44,9 @@ public:
         std::int64_t getSize() const noexcept { return iMax - iMin + 1; }
     };
 
+    /** @param stop once set, the recording counts as ended. Outlives this. */
+    explicit CTouchRecording(const CEventFlag& stop) noexcept : m_reader(stop) {}
+
     /** @param pPath the file; "-" for standard input. @return false with the reason in errno if it cannot be read. */
     bool open(const char* pPath);
 

@@ -1,5 +1,6 @@
 #include "CTouchSource.h"
 
+#include "CEventFlag.h"
 #include "CSourceThread.h"
 #include "CTouchStatistics.h"
 #include "ExitCode.h"
@@ -8,11 +9,13 @@
 #include <Orlix/input/CSurface.h>
 #include <Orlix/messaging/CMessageCenter.h>
 
-#include <thread>
+#include <algorithm>
 
 using namespace Orlix;
 
 namespace {
+
+constexpr std::uint64_t PAUSE_MOST = 3600000000000; // microseconds, some 40 days: the clock cannot count to any time
 
 /** Scales a position to a size in pixels; a surface without one has the device's own range. */
 int scale(std::int64_t iValue, const CTouchRecording::tagRange& range, unsigned int uiSize) {
@@ -21,25 +24,25 @@ int scale(std::int64_t iValue, const CTouchRecording::tagRange& range, unsigned 
 }
 } // namespace
 
-CTouchSource::CTouchSource(unsigned int uiSurface, bool bFast, CTouchStatistics& statistics)
-    : m_uiSurface(uiSurface), m_bFast(bFast), m_statistics(statistics) {}
+CTouchSource::CTouchSource(unsigned int uiSurface, bool bFast, CTouchStatistics& statistics, const CEventFlag& stop)
+    : m_uiSurface(uiSurface), m_bFast(bFast), m_statistics(statistics), m_stop(stop), m_recording(stop) {}
 
 int CTouchSource::run() {
     m_timeStart = std::chrono::steady_clock::now();
     CTouchRecording::tagFrame frame;
-    while (m_recording.readFrame(frame))
+    while (!m_stop.isSet() && m_recording.readFrame(frame))
         play(frame);
-    return m_recording.checkEnd() ? EXIT_DONE : EXIT_USAGE;
+    return m_stop.isSet() || m_recording.checkEnd() ? EXIT_DONE : EXIT_USAGE;
 }
 
 void CTouchSource::play(const CTouchRecording::tagFrame& frame) {
     // A clock that was set back while recording gives times before the first event: those follow at once.
     const std::uint64_t uiFirst = m_recording.getFirstTime();
     const std::uint64_t uiPassed = frame.uiTime > uiFirst ? frame.uiTime - uiFirst : 0;
-    if (!m_bFast)
-        std::this_thread::sleep_until(m_timeStart + std::chrono::microseconds(uiPassed));
+    if (!m_bFast && !m_stop.sleepUntil(m_timeStart + std::chrono::microseconds(std::min(uiPassed, PAUSE_MOST))))
+        return;
     for (const CTouchRecording::tagChange& change : frame.aryChanges) {
-        CSourceThread::waitForRoom();
+        CSourceThread::waitForRoom(m_stop);
         m_statistics.beginSample();
         send(change, uiPassed);
         m_statistics.endSample();

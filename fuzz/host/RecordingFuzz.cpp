@@ -1,5 +1,6 @@
 // Any bytes as recorded touches. Changes come by ascending slot, a finger is pressed before it moves or lifts and lifts
 // before it is pressed again, and every position lies in its axis's range.
+#include "CEventFlag.h"
 #include "CTouchRecording.h"
 
 #include "support/FuzzCheck.h"
@@ -52,7 +53,8 @@ bool playsByTheRules(const CTouchRecording& recording, const CTouchRecording::ta
 
 bool check(const std::string& strPath) {
     const CQuietStderr quiet;
-    CTouchRecording recording;
+    static const CEventFlag s_flagStop;
+    CTouchRecording recording(s_flagStop);
     CTouchRecording::tagFrame frame;
     std::set<unsigned int> setHeld;
     bool bHolds = recording.open(strPath.c_str());
