@@ -40,9 +40,13 @@ void CSocketServer::start() {
 }
 
 void CSocketServer::stop() {
-    m_bPrepareStop = true; // first, so that the thread takes the closing below for no failure
+    const bool bRunning = m_bRunning; // looked at before the flag, upon which the thread may end at once
+    m_bPrepareStop = true;            // first, so that the thread takes the closing below for no failure
     disconnect();
-    stopThread();
+    if (!bRunning)
+        return;
+    prepareStopThread();
+    waitForEnd(); // also for one that has ended meanwhile: it may still be on its way out of this object
 }
 
 void CSocketServer::prepareStop() {
