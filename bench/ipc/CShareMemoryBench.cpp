@@ -13,6 +13,7 @@
 #include <cstring>
 #include <memory>
 #include <sched.h>
+#include <sched.h>
 #include <semaphore.h>
 #include <string>
 #include <sys/mman.h>
@@ -136,12 +137,8 @@ public:
             sem_unlink((pPrefix + std::to_string(m_iSegmentID)).c_str());
     }
     void pass(const std::vector<unsigned char>& vecBlock) {
-        const timespec pause{0, 20000};
-        for (unsigned int i = 0; !m_channel.writeData(vecBlock.data(), static_cast<unsigned int>(vecBlock.size()));
-             ++i) {
-            if (i > 5000)
-                nanosleep(&pause, nullptr); // the reader is still on its way out of its cycle
-        }
+        while (!m_channel.writeData(vecBlock.data(), static_cast<unsigned int>(vecBlock.size())))
+            sched_yield(); // the reader is still on its way out of its cycle
         awaitTaken();
     }
     static void serve(unsigned int uiSize) {

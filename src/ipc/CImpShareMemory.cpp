@@ -10,6 +10,7 @@
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
+#include <sched.h>
 #include <sys/ipc.h>
 #include <sys/shm.h>
 
@@ -25,9 +26,9 @@ constexpr unsigned int REASON_SIZE = 1024;
 constexpr long NANOSECONDS_PER_SECOND = 1000000000;
 constexpr long STOP_LOOK_NS = 100000000; // a wait looks at the stop flag after this long
 constexpr int LEAVE_TRIES = 10;          // of a reader that stops: a second for a peer that is slow
-constexpr long COURTESY_NS = 5000000;    // in which a woken reader is expected to come up
-constexpr long STEP_NS = 2000000;        // the same, from its first step on
-constexpr long SHORT_WAIT_NS = 50000;    // so long it is not worth to sleep
+constexpr long COURTESY_NS = 100000000;  // in which a woken reader is expected to come up
+constexpr long STEP_NS = 500000;         // between two of its steps that can be seen, which are a few instructions
+constexpr long SHORT_WAIT_NS = 200000;   // so long it is not worth to sleep
 constexpr long PAUSE_NS = 50000;
 
 timespec getTimeIn(long lNanoseconds) {
@@ -224,22 +225,28 @@ void CImpShareMemory::runWriter() {
     }
 }
 
+/** Whether a woken reader has not taken the event yet, or stands before the write semaphore with the other one taken.
+ */
+bool CImpShareMemory::isReaderComing() const { return getValue(m_pSemEvent) != 0 || getValue(m_pSemRead) == 0; }
+
 /** A courtesy before the next round: nothing hands a semaphore over, so this thread would have it back before the
- *  reader that it woke comes up, each time. Ends once somebody holds it, or when a reader that has taken the event does
- *  not get that far: then it is not the first of its cycle, or already through. An event that nobody takes costs it
- * all, but only once, since it is not raised again. Who comes later waits for the next block. */
+ *  reader that it woke comes up, each time. Ends once somebody holds it, or when no reader is on its way any more: then
+ *  it is not the first of its cycle, or already through. An event that nobody takes costs it all, but only once, since
+ *  it is not raised again. Who comes later waits for the next block. */
 void CImpShareMemory::letReaderIn() const {
     const timespec pause{0, PAUSE_NS};
     const timespec timeShort = getTimeIn(SHORT_WAIT_NS);
-    timespec timeEnd = getTimeIn(COURTESY_NS);
-    bool bUnderWay = false;
+    const timespec timeEnd = getTimeIn(COURTESY_NS);
+    timespec timeStep = getTimeIn(STEP_NS);
     while (getValue(m_pSemWrite) != 0 && !isPast(timeEnd) && !m_pOwner->isPrepareStopThread()) {
-        if (!bUnderWay && getValue(m_pSemEvent) == 0) {
-            bUnderWay = true;
-            timeEnd = getTimeIn(STEP_NS);
-        }
-        if (isPast(timeShort)) // no yield before that either: on a busy machine that is a long time
+        if (isReaderComing())
+            timeStep = getTimeIn(STEP_NS);
+        else if (isPast(timeStep))
+            return;
+        if (isPast(timeShort))
             nanosleep(&pause, nullptr);
+        else
+            sched_yield(); // the reader may need this very processor
     }
 }
 

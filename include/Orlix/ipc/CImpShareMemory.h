@@ -53,6 +53,7 @@ private:
     void recover();
     bool waitFor(sem_t* pSemaphore) const;
     void runWriter();
+    bool isReaderComing() const;
     void letReaderIn() const;
     void runReader();
     void runReaderCycle();
