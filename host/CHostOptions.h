@@ -28,12 +28,26 @@ public:
     bool isFast() const noexcept { return m_bFast; }
     /** Whether to print the settings instead of running. */
     bool isPrintConfig() const noexcept { return m_bPrintConfig; }
+    /** Whether to print what comes through a shared-memory channel. */
+    bool isShareRead() const noexcept { return m_pShareRead; }
+    /** The file that is written to a shared-memory channel, "-" for standard input; null for none. */
+    const char* getSharePath() const noexcept { return m_pSharePath; }
+    /** The key of the channel. */
+    unsigned int getShareKey() const noexcept { return m_uiShareKey; }
+    /** Bytes of the largest block of the channel. */
+    unsigned int getShareSize() const noexcept { return m_uiShareSize; }
 
 private:
     const char* m_pTextPath = nullptr;
     const char* m_pPlayPath = nullptr;
     const char* m_pConfigPath = nullptr;
     const char* m_pSurface = nullptr;
+    const char* m_pShareRead = nullptr;  // the key
+    const char* m_pShareWrite = nullptr; // the key
+    const char* m_pShareSize = nullptr;
+    const char* m_pSharePath = nullptr;
+    unsigned int m_uiShareKey = 0;
+    unsigned int m_uiShareSize = 0;
     const char* m_pListen = nullptr;
     const char* m_pConnect = nullptr;
     unsigned int m_uiSurface = 0;
@@ -45,9 +59,11 @@ private:
 
     bool* findFlag(const char* pOption) noexcept;
     const char** findValue(const char* pOption) noexcept;
+    bool isSharePath(const char* pArgument) const noexcept;
     bool check();
     bool checkCombination() const noexcept;
     bool readSurface();
+    bool checkShare();
     bool readListenPort();
     bool readConnectAddress();
 };

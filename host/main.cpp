@@ -1,13 +1,17 @@
 // orlix-host: a complete host application. It loads the settings, brings the library up, owns the loop, plays one
-// source of work, a text or recorded touches, and talks to a peer.
+// source of work, a text or recorded touches, and talks to a peer, over a network or through shared memory.
 
 #include "CConfigLoader.h"
 #include "CConfigPrinter.h"
+#include "CEventFlag.h"
 #include "CHostApplication.h"
 #include "CHostOptions.h"
 #include "CPeerSession.h"
 #include "CPeerSource.h"
 #include "CPeerTouchSender.h"
+#include "CShareReader.h"
+#include "CShareWriter.h"
+#include "CSignalWatch.h"
 #include "CSourceThread.h"
 #include "CTextSource.h"
 #include "CTouchSource.h"
@@ -128,6 +132,26 @@ int runPeer(const CHostOptions& options) {
     application.runLoop();
     return finish(EXIT_DONE, pSession.get());
 }
+
+int readShare(const CHostOptions& options) {
+    CHostApplication application;
+    const CSignalWatch signals;
+    CShareReader reader;
+    if (!reader.open(options.getShareKey(), options.getShareSize()))
+        return EXIT_USAGE;
+    application.runLoop();
+    return finishOutput();
+}
+
+int writeShare(const CHostOptions& options) {
+    CEventFlag flagStop;
+    CShareWriter writer(options.getShareKey(), options.getShareSize(), flagStop);
+    if (!openSource(writer, options.getSharePath()))
+        return EXIT_USAGE;
+    CHostApplication application;
+    const CSignalWatch signals;
+    return play(application, writer, flagStop);
+}
 } // namespace
 
 int main(int iCount, char** ppArgument) {
@@ -141,6 +165,10 @@ int main(int iCount, char** ppArgument) {
     const bool bNeedsConfig = options.getPlayPath() || options.hasPeer(); // it says what surfaces and threads are
     if (!options.getConfigPath() && bNeedsConfig && !CConfigLoader::loadShipped())
         return EXIT_USAGE;
+    if (options.isShareRead())
+        return readShare(options);
+    if (options.getSharePath())
+        return writeShare(options);
     if (options.getTextPath())
         return playText(options);
     if (options.getPlayPath())
