@@ -1,29 +1,26 @@
 #include <Orlix/ipc/CSocketServer.h>
 
-#include "ipc/CHeartBeat.h"
-
-#include <Orlix/foundation/CByteBuffer.h>
 #include <Orlix/foundation/CStringConverter.h>
 #include <Orlix/ipc/CImpSocketServer.h>
 #include <Orlix/ipc/ISocketServerListener.h>
 #include <Orlix/system/CLogUtility.h>
 
+#include "foundation/TextOf.h"
+#include "ipc/CHeartBeat.h"
+#include "ipc/SocketBuffer.h"
+
 namespace Orlix {
 namespace {
 
-constexpr unsigned int DEFAULT_BUFFER_SIZE = 1048576;
-
 /** @param pFormat takes the name and the port. */
 CString describe(const wchar_t* pFormat, const CString& strName, unsigned int uiPort) {
-    const wchar_t* const pName = strName.getBuffer();
-    return CStringConverter::format(pFormat, pName ? pName : L"", static_cast<int>(uiPort));
+    return CStringConverter::format(pFormat, textOf(strName), static_cast<int>(uiPort));
 }
 } // namespace
 
 CSocketServer::CSocketServer(unsigned int uiPort, unsigned int uiBufferSize)
     : m_pListener(nullptr), m_uiPort(uiPort), m_bConnected(false), m_pBuffer(nullptr),
-      m_uiBufferSize(uiBufferSize != 0 ? uiBufferSize : DEFAULT_BUFFER_SIZE),
-      m_pSocket(new CImpSocketServer(this, uiPort)) {
+      m_uiBufferSize(getReceiveBufferSize(uiBufferSize)), m_pSocket(new CImpSocketServer(this, uiPort)) {
     m_pBuffer = static_cast<unsigned char*>(CMemory::malloc(m_uiBufferSize, 0));
 }
 
@@ -123,9 +120,8 @@ void CSocketServer::handleChunk(unsigned int uiClientID, int iLength) {
         return;
     }
     // The reply goes to client 0, whom there never is, so none leaves the server: heartbeats go one way. It is meant.
-    CByteBuffer buffer;
-    buffer.writeUSHORT(CHeartBeat::VALUE);
-    sendData(buffer.buffer(), CHeartBeat::BYTES, 0);
+    const CHeartBeat heartBeat;
+    sendData(heartBeat.getBytes(), CHeartBeat::BYTES, 0);
 }
 
 // The pointer is read once: it may be taken away between a test and a call.
