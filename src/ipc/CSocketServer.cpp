@@ -37,13 +37,9 @@ void CSocketServer::start() {
 }
 
 void CSocketServer::stop() {
-    const bool bRunning = m_bRunning; // looked at before the flag, upon which the thread may end at once
-    m_bPrepareStop = true;            // first, so that the thread takes the closing below for no failure
+    m_bPrepareStop = true; // first, so that the thread takes the closing below for no failure
     disconnect();
-    if (!bRunning)
-        return;
-    prepareStopThread();
-    waitForEnd(); // also for one that has ended meanwhile: it may still be on its way out of this object
+    stopThread();
 }
 
 void CSocketServer::prepareStop() {
@@ -91,10 +87,10 @@ bool CSocketServer::serveNextClient() {
 
 /** @return whether another client may come. */
 bool CSocketServer::serveClient(unsigned int uiClientID) {
-    const wchar_t* const pName = m_strName.getBuffer() ? m_strName.getBuffer() : L"";
+    // The name is asked for anew for each line: the listener may have changed it.
     const int iPort = static_cast<int>(m_uiPort);
-    CLogEngine::info(
-        CStringConverter::format(L"Socket server (%ls : %d) accepted client 0x%08X.", pName, iPort, uiClientID));
+    CLogEngine::info(CStringConverter::format(L"Socket server (%ls : %d) accepted client 0x%08X.", textOf(m_strName),
+                                              iPort, uiClientID));
     m_bConnected = true;
     notifyConnect(uiClientID);
     while (!isPrepareStopThread()) {
@@ -104,7 +100,7 @@ bool CSocketServer::serveClient(unsigned int uiClientID) {
         if (iLength < 1) {
             // The blank at the end of the line belongs to it.
             CLogEngine::info(CStringConverter::format(L"Client 0x%08X disconnected from the socket server (%ls : %d) ",
-                                                      uiClientID, pName, iPort));
+                                                      uiClientID, textOf(m_strName), iPort));
             m_bConnected = false;
             notifyDisconnect(uiClientID);
             return true;
