@@ -22,6 +22,8 @@ constexpr int NO_LIMIT = -1;
 /** Waits until the socket is ready in one of the ways asked for, or has failed. It takes sockets of any number, which
  *  select does not. @return false if the time ran out, the wait failed or there is no such socket. */
 bool awaitSocket(int iSocket, short sEvents, int iMilliseconds) {
+    if (iSocket < 0 && iMilliseconds == NO_LIMIT)
+        return false; // which poll would pass over, so that nothing could ever end the wait
     pollfd entry{iSocket, sEvents, 0};
     return poll(&entry, 1, iMilliseconds) > 0 && !(entry.revents & POLLNVAL);
 }
