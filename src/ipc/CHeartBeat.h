@@ -1,15 +1,20 @@
 #pragma once
 
+#include <Orlix/foundation/CByteBuffer.h>
+
 #include <algorithm>
 
 namespace Orlix {
 
-/** The sign of life on a socket connection: the two bytes AF 00, without a header. */
+/** The sign of life on a socket connection, as it is sent: the two bytes AF 00, without a header. */
 class CHeartBeat {
+    static constexpr unsigned short VALUE = 0xAF; // low byte first
+
 public:
-    /** The 16-bit value that is sent, low byte first. */
-    static constexpr unsigned short VALUE = 0xAF;
     static constexpr unsigned int BYTES = sizeof(VALUE);
+
+    CHeartBeat() { m_buffer.writeUSHORT(VALUE); }
+    const unsigned char* getBytes() const noexcept { return m_buffer.buffer(); }
 
     /** Whether a received chunk is nothing but a heartbeat: it begins with AF, and the first byte that is not AF is its
      *  last. So AF AF 00 is one too, and AF 01, and that is meant; AF alone is none. One that the network joined to
@@ -20,6 +25,8 @@ public:
     }
 
 private:
+    CByteBuffer m_buffer;
+
     static bool isOther(unsigned char ucByte) { return ucByte != VALUE; }
 };
 } // namespace Orlix

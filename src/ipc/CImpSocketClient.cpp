@@ -22,6 +22,8 @@ constexpr int NO_LIMIT = -1;
 /** Waits until the socket is ready in one of the ways asked for, or has failed. It takes sockets of any number, which
  *  select does not. @return false if the time ran out, the wait failed or there is no such socket. */
 bool awaitSocket(int iSocket, short sEvents, int iMilliseconds) {
+    if (iSocket < 0 && iMilliseconds == NO_LIMIT)
+        return false; // which poll would pass over, so that nothing could ever end the wait
     pollfd entry{iSocket, sEvents, 0};
     return poll(&entry, 1, iMilliseconds) > 0 && !(entry.revents & POLLNVAL);
 }
@@ -32,8 +34,8 @@ bool hasPeer(int iSocket) {
     return getpeername(iSocket, reinterpret_cast<sockaddr*>(&address), &uiSize) == 0;
 }
 
-/** @return an address without a port; one that is not numeric becomes the broadcast address, to which nothing
- * connects. */
+/** @param strAddress numeric, in one of the forms of inet_addr: 127.0.0.1 may be 127.1, 0x7F.0.0.1 or 2130706433 too.
+ *  @return the address, without a port. Any other text becomes the broadcast address, which refuses to connect. */
 sockaddr_in parseAddress(const CString& strAddress) {
     char szAddress[32];
     CStringConverter::convertToMBCS(strAddress, szAddress, sizeof(szAddress));
@@ -63,7 +65,7 @@ bool CImpSocketClient::initSocket() {
     const int iFlags = fcntl(iSocket, F_GETFL, 0);
     fcntl(iSocket, F_SETFL, m_pOwner->m_bBlocking ? iFlags & ~O_NONBLOCK : iFlags | O_NONBLOCK);
     m_iSocket = iSocket;
-    refuseReceiveTimeout(iSocket, RECEIVE_TIMEOUT);
+    requestReceiveTimeout(iSocket, RECEIVE_TIMEOUT);
     sendAtOnce(iSocket);
     return true;
 }

@@ -1,10 +1,10 @@
 #include <Orlix/ipc/CImpSocketServer.h>
 
-#include "ipc/SocketOption.h"
-
 #include <Orlix/foundation/CStringConverter.h>
 #include <Orlix/ipc/CSocketServer.h>
 #include <Orlix/system/CLogUtility.h>
+
+#include "ipc/SocketOption.h"
 
 #include <cerrno>
 #include <cstring>
@@ -69,7 +69,7 @@ unsigned int CImpSocketServer::connect() {
     if (iClient == -1)
         return 0;
     m_iClient = iClient; // the one before stays open, as settled
-    refuseReceiveTimeout(iClient, RECEIVE_TIMEOUT);
+    requestReceiveTimeout(iClient, RECEIVE_TIMEOUT);
     sendAtOnce(iClient);
     return static_cast<unsigned int>(iClient);
 }

@@ -1,17 +1,17 @@
 #include <Orlix/ipc/CSocketClient.h>
 
-#include "ipc/CHeartBeat.h"
-
-#include <Orlix/foundation/CByteBuffer.h>
 #include <Orlix/foundation/CStringConverter.h>
 #include <Orlix/ipc/CImpSocketClient.h>
 #include <Orlix/ipc/ISocketClientListener.h>
 #include <Orlix/system/CLogUtility.h>
 
+#include "foundation/TextOf.h"
+#include "ipc/CHeartBeat.h"
+#include "ipc/SocketBuffer.h"
+
 namespace Orlix {
 namespace {
 
-constexpr unsigned int DEFAULT_BUFFER_SIZE = 1048576;
 constexpr unsigned int HEART_BEAT_MS = 5000;
 constexpr unsigned int RECONNECT_MS = 1000;
 constexpr unsigned int FAILURES_PER_WARNING = 20;
@@ -22,16 +22,13 @@ unsigned int getRetryDelay(unsigned int uiFailures) {
         return 1000;
     return uiFailures <= 50 ? 2000 : 5000;
 }
-
-const wchar_t* textOf(const CString& strName) { return strName.getBuffer() ? strName.getBuffer() : L""; }
 } // namespace
 
 CSocketClient::CSocketClient(const CString& strAddress, unsigned int uiPort, bool bAutoReconnect,
                              unsigned int uiBufferSize)
     : m_pListener(nullptr), m_strAddress(strAddress), m_uiPort(uiPort), m_iAutoReconnect(bAutoReconnect),
-      m_bBlocking(false), m_bConnected(false), m_pBuffer(nullptr),
-      m_uiBufferSize(uiBufferSize != 0 ? uiBufferSize : DEFAULT_BUFFER_SIZE), m_timerHeartBeat(HEART_BEAT_MS, 0),
-      m_bNeedSendHB(false), m_pSocket(new CImpSocketClient(this)) {
+      m_bBlocking(false), m_bConnected(false), m_pBuffer(nullptr), m_uiBufferSize(getReceiveBufferSize(uiBufferSize)),
+      m_timerHeartBeat(HEART_BEAT_MS, 0), m_bNeedSendHB(false), m_pSocket(new CImpSocketClient(this)) {
     m_pBuffer = static_cast<unsigned char*>(CMemory::malloc(m_uiBufferSize, 0));
 }
 
@@ -177,9 +174,8 @@ bool CSocketClient::awaitReconnection() {
 void CSocketClient::onTimer(const CTimer* pTimer, unsigned int) {
     if (pTimer != &m_timerHeartBeat)
         return;
-    CByteBuffer buffer;
-    buffer.writeUSHORT(CHeartBeat::VALUE);
-    sendData(buffer.buffer(), CHeartBeat::BYTES);
+    const CHeartBeat heartBeat;
+    sendData(heartBeat.getBytes(), CHeartBeat::BYTES);
 }
 
 void CSocketClient::onTimerComplete(const CTimer*) {}

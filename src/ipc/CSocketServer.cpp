@@ -1,29 +1,26 @@
 #include <Orlix/ipc/CSocketServer.h>
 
-#include "ipc/CHeartBeat.h"
-
-#include <Orlix/foundation/CByteBuffer.h>
 #include <Orlix/foundation/CStringConverter.h>
 #include <Orlix/ipc/CImpSocketServer.h>
 #include <Orlix/ipc/ISocketServerListener.h>
 #include <Orlix/system/CLogUtility.h>
 
+#include "foundation/TextOf.h"
+#include "ipc/CHeartBeat.h"
+#include "ipc/SocketBuffer.h"
+
 namespace Orlix {
 namespace {
 
-constexpr unsigned int DEFAULT_BUFFER_SIZE = 1048576;
-
 /** @param pFormat takes the name and the port. */
 CString describe(const wchar_t* pFormat, const CString& strName, unsigned int uiPort) {
-    const wchar_t* const pName = strName.getBuffer();
-    return CStringConverter::format(pFormat, pName ? pName : L"", static_cast<int>(uiPort));
+    return CStringConverter::format(pFormat, textOf(strName), static_cast<int>(uiPort));
 }
 } // namespace
 
 CSocketServer::CSocketServer(unsigned int uiPort, unsigned int uiBufferSize)
     : m_pListener(nullptr), m_uiPort(uiPort), m_bConnected(false), m_pBuffer(nullptr),
-      m_uiBufferSize(uiBufferSize != 0 ? uiBufferSize : DEFAULT_BUFFER_SIZE),
-      m_pSocket(new CImpSocketServer(this, uiPort)) {
+      m_uiBufferSize(getReceiveBufferSize(uiBufferSize)), m_pSocket(new CImpSocketServer(this, uiPort)) {
     m_pBuffer = static_cast<unsigned char*>(CMemory::malloc(m_uiBufferSize, 0));
 }
 
@@ -40,13 +37,9 @@ void CSocketServer::start() {
 }
 
 void CSocketServer::stop() {
-    const bool bRunning = m_bRunning; // looked at before the flag, upon which the thread may end at once
-    m_bPrepareStop = true;            // first, so that the thread takes the closing below for no failure
+    m_bPrepareStop = true; // first, so that the thread takes the closing below for no failure
     disconnect();
-    if (!bRunning)
-        return;
-    prepareStopThread();
-    waitForEnd(); // also for one that has ended meanwhile: it may still be on its way out of this object
+    stopThread();
 }
 
 void CSocketServer::prepareStop() {
@@ -94,10 +87,10 @@ bool CSocketServer::serveNextClient() {
 
 /** @return whether another client may come. */
 bool CSocketServer::serveClient(unsigned int uiClientID) {
-    const wchar_t* const pName = m_strName.getBuffer() ? m_strName.getBuffer() : L"";
+    // The name is asked for anew for each line: the listener may have changed it.
     const int iPort = static_cast<int>(m_uiPort);
-    CLogEngine::info(
-        CStringConverter::format(L"Socket server (%ls : %d) accepted client 0x%08X.", pName, iPort, uiClientID));
+    CLogEngine::info(CStringConverter::format(L"Socket server (%ls : %d) accepted client 0x%08X.", textOf(m_strName),
+                                              iPort, uiClientID));
     m_bConnected = true;
     notifyConnect(uiClientID);
     while (!isPrepareStopThread()) {
@@ -107,7 +100,7 @@ bool CSocketServer::serveClient(unsigned int uiClientID) {
         if (iLength < 1) {
             // The blank at the end of the line belongs to it.
             CLogEngine::info(CStringConverter::format(L"Client 0x%08X disconnected from the socket server (%ls : %d) ",
-                                                      uiClientID, pName, iPort));
+                                                      uiClientID, textOf(m_strName), iPort));
             m_bConnected = false;
             notifyDisconnect(uiClientID);
             return true;
@@ -123,9 +116,8 @@ void CSocketServer::handleChunk(unsigned int uiClientID, int iLength) {
         return;
     }
     // The reply goes to client 0, whom there never is, so none leaves the server: heartbeats go one way. It is meant.
-    CByteBuffer buffer;
-    buffer.writeUSHORT(CHeartBeat::VALUE);
-    sendData(buffer.buffer(), CHeartBeat::BYTES, 0);
+    const CHeartBeat heartBeat;
+    sendData(heartBeat.getBytes(), CHeartBeat::BYTES, 0);
 }
 
 // The pointer is read once: it may be taken away between a test and a call.

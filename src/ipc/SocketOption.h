@@ -6,10 +6,10 @@
 
 namespace Orlix {
 
-/** Asks for a time limit of receives in a form that the system refuses: it wants a time structure, not an integer. So
- *  receives wait without limit, and what is built on these sockets counts on that; the call and its value stay as they
- *  have always been. */
-inline void refuseReceiveTimeout(int iSocket, int iTimeout) {
+/** Asks for a time limit of receives, in vain: the system wants a time structure and refuses an integer. So receives
+ *  wait without limit, and what is built on these sockets counts on that; the call and its value stay as they have
+ *  always been. */
+inline void requestReceiveTimeout(int iSocket, int iTimeout) {
     setsockopt(iSocket, SOL_SOCKET, SO_RCVTIMEO, &iTimeout, sizeof(iTimeout));
 }
 

@@ -4,6 +4,8 @@
 #include <Orlix/system/CLogUtility.h>
 #include <Orlix/threading/CImpThread.h>
 
+#include "foundation/TextOf.h"
+
 #include <thread>
 
 namespace Orlix {
@@ -13,8 +15,7 @@ constexpr int DEFAULT_PRIORITY = 51;
 
 /** @param pFormat takes the id as a long and the name. */
 void logThread(const wchar_t* pFormat, unsigned int uiThreadID, const CString& strName) {
-    const wchar_t* const pName = strName.getBuffer();
-    CLogEngine::info(CStringConverter::format(pFormat, static_cast<long>(uiThreadID), pName ? pName : L""));
+    CLogEngine::info(CStringConverter::format(pFormat, static_cast<long>(uiThreadID), textOf(strName)));
 }
 } // namespace
 

@@ -27,6 +27,13 @@ class COpenImp : public CImpSocketClient {
 public:
     using CImpSocketClient::CImpSocketClient;
     using CImpSocketClient::m_iSocket;
+    /** Whether it has called and waits for an answer. */
+    static bool isConnecting(COpenClient& client) {
+        tcp_info info{};
+        socklen_t uiSize = sizeof(info);
+        const int iSocket = static_cast<CImpSocketClient*>(client.m_pSocket)->*(&COpenImp::m_iSocket);
+        return getsockopt(iSocket, IPPROTO_TCP, TCP_INFO, &info, &uiSize) == 0 && info.tcpi_state == TCP_SYN_SENT;
+    }
 };
 
 /** Tells when it is being received from for the first time. */
@@ -317,6 +324,18 @@ TEST_F(CSocketClientTest, APreparedStopEndsTheThreadWithoutWaiting) {
     m_client.join();
 }
 
+TEST_F(CSocketClientTest, TheDestructorStopsIt) {
+    m_listener.listen();
+    CSocketClient* const pClient = new CSocketClient(L"127.0.0.1", m_listener.getPort(), true, 16);
+    pClient->setListener(&m_trace);
+    pClient->start(true);
+    CRawPeer peer = m_listener.accept();
+    EXPECT_TRUE(m_trace.await("connect"));
+    delete pClient;
+    EXPECT_EQ(m_trace.count("exits"), 1u);
+    EXPECT_TRUE(peer.awaitClose());
+}
+
 TEST_F(CSocketClientTest, CanBeStartedAgain) {
     const std::ptrdiff_t iOpen = countDescriptors();
     for (std::size_t i = 1; i <= 5; ++i) {
@@ -366,7 +385,8 @@ TEST_F(CSocketClientTest, AStopEndsAConnectWithoutAnAnswer) {
     for (const bool bBlocking : {false, true}) {
         COpenClient client(L"127.0.0.1", silent.getPort(), true, 16);
         client.start(bBlocking);
-        usleep(50000); // most likely in the middle of it by now; a stop before that has to end it as well
+        while (!COpenImp::isConnecting(client))
+            std::this_thread::yield();
         const unsigned int uiStart = CTime::getTickCount();
         client.stop();
         EXPECT_LT(CTime::getTickCount() - uiStart, 2500u);
@@ -421,11 +441,11 @@ TEST_F(CSocketClientTest, WorksWithSocketNumbersBeyondWhatSelectCanHold) {
 // ---- Stops that meet the making of a connection
 
 /** Lets a test act where stop and the thread meet. */
-class CMeetingImp : public CImpSocketClient {
+class CMeetingImp : public CTracedImp {
     ORLIX_HEAP_CLASS(L"CMeetingImp")
 
 public:
-    using CImpSocketClient::CImpSocketClient;
+    using CTracedImp::CTracedImp;
     bool initSocket() override {
         if (m_fnBeforeInit)
             m_fnBeforeInit();
@@ -443,7 +463,7 @@ public:
 };
 
 TEST_F(CSocketClientTest, AStopThatClosesBeforeTheConnectionIsMadeIsNotLost) {
-    CMeetingImp* const pImp = new CMeetingImp(&m_client);
+    CMeetingImp* const pImp = new CMeetingImp(&m_client, m_trace);
     delete m_client.m_pSocket;
     m_client.m_pSocket = pImp;
     m_listener.listen();
@@ -454,7 +474,7 @@ TEST_F(CSocketClientTest, AStopThatClosesBeforeTheConnectionIsMadeIsNotLost) {
     };
     pImp->m_fnAfterClose = [&] {
         bClosed = true;
-        m_trace.await("connect"); // the flag is not yet set, so the thread goes on to receive
+        m_trace.await("receiving"); // the flag is not yet set, so only another closing ends that
     };
     m_client.start(false);
     m_client.stop();

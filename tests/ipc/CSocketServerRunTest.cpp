@@ -136,6 +136,24 @@ TEST(CSocketServerRun, WithoutANameTheTextIsEmpty) {
     EXPECT_EQ(run("f", L"").back(), "Error: Fail to create socket server ( : 4711).");
 }
 
+TEST(CSocketServerRun, AListenerMayChangeTheName) {
+    struct CRenaming : CSocketTrace {
+        void onConnect(CSocketServer* pServer, unsigned int) override {
+            pServer->setThreadName(L"a name that needs another block");
+        }
+    } trace;
+    COpenServer server(4711, 16);
+    server.setListener(&trace);
+    server.setThreadName(L"S");
+    delete server.m_pSocket;
+    server.m_pSocket = new CScriptedSocket(server, trace, "cce");
+    server.run();
+    EXPECT_EQ(trace.count("Info: Client 0x0000002A disconnected from the socket server (a name that needs another "
+                          "block : 4711) "),
+              1u);
+    server.setListener(nullptr);
+}
+
 // ---- Which chunks are heartbeats
 
 /** Hands out one chunk, then the stop. */

@@ -52,6 +52,25 @@ private:
     std::atomic<unsigned int> m_uiReturns{0};
 };
 
+/** Lets whoever closes first wait until the server's thread is over. */
+class CMeetingImp : public CImpSocketServer {
+    ORLIX_HEAP_CLASS(L"CMeetingImp")
+
+public:
+    CMeetingImp(CSocketServer* pOwner, unsigned int uiPort, CSocketTrace& trace)
+        : CImpSocketServer(pOwner, uiPort), m_trace(trace) {}
+    void closeSocket() override {
+        CImpSocketServer::closeSocket();
+        if (!m_bClosed.exchange(true)) {
+            EXPECT_TRUE(m_trace.await("exits"));
+        }
+    }
+
+private:
+    CSocketTrace& m_trace;
+    std::atomic<bool> m_bClosed{false};
+};
+
 class CSocketServerTest : public ::testing::Test {
 protected:
     CSocketServerTest() : m_server(m_port.getPort(), 0), m_pImp(new CCountedImp(&m_server, m_port.getPort())) {
@@ -265,24 +284,53 @@ TEST_F(CSocketServerTest, AStopWithoutAClientEndsAtOnce) {
     EXPECT_EQ(m_trace.getEntries(), (entries(started(), waiting(), terminated(), "exits")));
 }
 
+TEST_F(CSocketServerTest, TheClosingOfAStopIsNoFailure) {
+    const VecEntry vecExpected = entries(started(), waiting(), terminated(), "exits");
+    for (const auto fnStop : {&CSocketServer::stop, &CSocketServer::prepareStop}) {
+        CSocketTrace trace;
+        COpenServer server(m_port.getPort(), 16);
+        server.setListener(&trace);
+        server.setThreadName(L"S");
+        delete server.m_pSocket;
+        server.m_pSocket = new CMeetingImp(&server, m_port.getPort(), trace);
+        server.start();
+        EXPECT_TRUE(trace.await(waiting()));
+        (server.*fnStop)();
+        EXPECT_EQ(trace.getEntries(), vecExpected);
+        server.join();
+        server.setListener(nullptr);
+    }
+}
+
+TEST_F(CSocketServerTest, TheDestructorStopsIt) {
+    CSocketServer* const pServer = new CSocketServer(m_port.getPort(), 16);
+    pServer->setListener(&m_trace);
+    pServer->setThreadName(L"S");
+    pServer->start();
+    EXPECT_TRUE(m_trace.await(waiting()));
+    delete pServer;
+    EXPECT_EQ(m_trace.getEntries(), (entries(started(), waiting(), terminated(), "exits")));
+}
+
 TEST_F(CSocketServerTest, AStopWaitsForASilentClientToSendOrGo) {
     for (const bool bSend : {true, false}) {
         CRawPeer peer = connect();
         const unsigned int uiClientID = m_trace.getClientID();
-        std::atomic<bool> bStopped{false};
         std::thread stopper([&] {
             m_server.stop();
-            bStopped = true;
+            m_trace.add("stopped");
         });
-        usleep(100000); // time to return too early
-        EXPECT_FALSE(bStopped);
-        EXPECT_FALSE(m_server.isConnect());
+        while (m_server.isConnect())
+            std::this_thread::yield();
+        EXPECT_EQ(m_trace.getEntries().back(), "data !") << "the client is silent";
         if (bSend)
             peer.send("lost");
         else
             peer.close();
         stopper.join();
         m_server.join();
+        const VecEntry vecEntry = m_trace.getEntries();
+        EXPECT_EQ(VecEntry(vecEntry.end() - 3, vecEntry.end()), (entries(terminated(), "exits", "stopped")));
         EXPECT_EQ(m_trace.count(named("disconnect", uiClientID)), 0u);
     }
     EXPECT_EQ(m_trace.awaitData(0), "!!") << "what came with the stop is lost";

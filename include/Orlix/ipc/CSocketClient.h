@@ -14,31 +14,31 @@ class ISocketClientListener;
 /** A thread that connects to a TCP peer, keeps trying until it succeeds, and hands on what the peer sends.
  *
  *  A failed attempt is followed by a delay of 1 second five times, then of 2 seconds up to the fiftieth failure, then
- * of 5 seconds, without end; the first failure and every twentieth behind it are logged. A lost connection is followed
- * by a delay of 1 second and, with automatic reconnection, by the next attempt. Heartbeats, every 5 seconds while they
- * are on, are the two bytes AF 00 and travel from the client to the server only; what comes in is dropped.
+ *  of 5 seconds, without end; the first failure and every twentieth behind it are logged. A lost connection is
+ *  followed by a delay of 1 second and, with automatic reconnection, by the next attempt. Heartbeats, every 5 seconds
+ *  while they are on, are the two bytes AF 00 and travel from the client to the server only; what comes in is dropped.
  *
  *  Threads: all listener calls come on the client's own thread, onTimer on the host's; sendData, stop and prepareStop
- * go from any other. The connected flag and the listener are plain fields: a send or a call that meets a change halfway
- *  may see either state. Two sends at once may mix. Name and priority of the thread are set before start.
- *  Ownership: the destructor stops the client. One whose thread ends by itself has to be awaited before, as with any
- *  CThread. */
+ *  go from any other. The connected flag and the listener are plain fields: a send or a call that meets a change
+ *  halfway may see either state. Two sends at once may mix. Name and priority of the thread are set before start.
+ *  Ownership: the destructor stops the client and waits until its thread is gone. */
 class ORLIX_API CSocketClient : public CObject, public CThread, public ITimerListener {
     ORLIX_HEAP_CLASS(L"CSocketClient")
 
     friend class CImpSocketClient; // reads address, port, buffer and blocking flag
 
 public:
-    /** @param strAddress numeric IPv4 in dotted form; nothing else ever connects. @param uiPort of which the low 16
-     * bits count. @param bAutoReconnect false ends the thread once the first connection has gone; failed attempts go on
-     * all the same. @param uiBufferSize bytes of the longest chunk handed on; 0 means 1048576. */
+    /** @param strAddress numeric IPv4, as inet_addr takes it; a name never connects.
+     *  @param uiPort of which the low 16 bits count.
+     *  @param bAutoReconnect false ends the thread once the first connection has gone; failed attempts go on even so.
+     *  @param uiBufferSize bytes of the longest chunk handed on; 0 means 1048576. */
     CSocketClient(const CString& strAddress, unsigned int uiPort, bool bAutoReconnect, unsigned int uiBufferSize);
     CSocketClient(const CSocketClient&) = delete;
     CSocketClient& operator=(const CSocketClient&) = delete;
     ~CSocketClient() override;
 
-    /** Begins to connect; nothing changes if the thread runs. @param bBlocking whether a send waits until the system
-     * has room for all of its bytes; otherwise it takes what fits. */
+    /** Begins to connect; nothing changes if the thread runs.
+     *  @param bBlocking whether a send waits until there is room for all of its bytes; otherwise it takes what fits. */
     virtual void start(bool bBlocking);
     /** Closes the connection, ends the thread and waits for that. */
     virtual void stop();

@@ -16,8 +16,7 @@ class ISocketServerListener;
  *  Threads: all listener calls come on the server's own thread; sendData, stop and prepareStop go from any other. The
  *  connected flag and the listener are plain fields: a send or a call that meets a change halfway may see either state.
  *  Name and priority of the thread are set before start.
- *  Ownership: the destructor stops the server. One whose thread ends by itself has to be awaited before, as with any
- *  CThread. */
+ *  Ownership: the destructor stops the server and waits until its thread is gone. */
 class ORLIX_API CSocketServer : public CObject, public CThread {
     ORLIX_HEAP_CLASS(L"CSocketServer")
 
@@ -38,8 +37,8 @@ public:
     virtual void stop();
     /** As stop, but does not wait. */
     virtual void prepareStop();
-    /** Sends once. @param uiClientID as the listener got it. @return the bytes taken, which may be fewer; -1 on
-     * failure, while no client is there and for the ID of any other, 0 too. */
+    /** Sends once. @param uiClientID as the listener got it.
+     *  @return the bytes taken, which may be fewer; -1 on failure, without a client and for any other ID, 0 too. */
     virtual int sendData(const unsigned char* pData, unsigned int uiLength, unsigned int uiClientID);
     void run() override;
 

@@ -12,7 +12,8 @@ public:
     virtual ~ISocketClientListener() = default;
     /** The connection has been made. */
     virtual void onConnect(CSocketClient* pClient) = 0;
-    /** The connection is gone. A stop tells it twice, also when there was no connection any more or yet. */
+    /** The connection is gone. A stop tells it once or twice, depending on what it meets, also when there was no
+     *  connection any more or yet. */
     virtual void onDisconnect(CSocketClient* pClient) = 0;
     /** A chunk of the stream, cut wherever the network cut it; a heartbeat that came as a chunk of its own is left out.
      *  @param pData the receive buffer itself, valid during the call only. @param iLength bytes, at least 1. */

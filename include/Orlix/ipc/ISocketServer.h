@@ -6,8 +6,7 @@ namespace Orlix {
 
 /** The system's side of a socket server: a listening socket, and the one of the client that is being served.
  *
- *  Threads: closeSocket and sendData come from any thread, also while the server's thread is inside another operation.
- */
+ *  Threads: closeSocket and sendData come from any thread, also while the server's thread is in another operation. */
 class ORLIX_API ISocketServer {
 public:
     virtual ~ISocketServer() = default;
