@@ -50,13 +50,14 @@ TEST_F(CDataTransferFault, PeerMayBeKilledAtEveryByteOfAFrame) {
     m_transfer.openAsServer(m_port.getPort());
     for (std::size_t uiCut = 0; uiCut < FRAME.size(); ++uiCut) {
         m_listener.m_vecCall.clear();
-        const pid_t pid = fork();
+        const pid_t pid = forkBound();
         if (pid == 0) { // on the system's calls alone, for there are other threads
             CRawPeer peer = CRawPeer::connectTo(m_port.getPort());
             peer.send(FRAME.substr(0, uiCut));
             while (true)
                 pause();
         }
+        ASSERT_GT(pid, 0); // a kill of -1 would reach every process there is
         EXPECT_TRUE(drainUntil([&] { return heard("connect"); }));
         awaitDisconnect([&] { kill(pid, SIGKILL); });
         waitpid(pid, nullptr, 0);
