@@ -33,7 +33,7 @@ bool hasPeer(int iSocket) {
 }
 
 /** @return an address without a port; one that is not numeric becomes the broadcast address, to which nothing
- * connects. */
+ *  connects. */
 sockaddr_in parseAddress(const CString& strAddress) {
     char szAddress[32];
     CStringConverter::convertToMBCS(strAddress, szAddress, sizeof(szAddress));
