@@ -13,7 +13,6 @@
 #include <cstring>
 #include <memory>
 #include <sched.h>
-#include <sched.h>
 #include <semaphore.h>
 #include <string>
 #include <sys/mman.h>

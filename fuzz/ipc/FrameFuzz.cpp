@@ -1,10 +1,8 @@
 // Any bytes as what a connection brings, in chunks of their own choice: what arrives and what is held is what the model
 // says. Each byte either begins a chunk of as many bytes, switches the raw mode, or is a new connection.
-#include <Orlix/ipc/CDataTransfer.h>
-#include <Orlix/ipc/CSocketServer.h>
-#include <Orlix/messaging/CMessageCenter.h>
-
 #include "ipc/CFrameModel.h"
+#include "ipc/COpenTransfer.h"
+#include "support/DrainCenter.h"
 #include "support/FuzzText.h"
 
 #include <algorithm>
@@ -25,27 +23,6 @@ public:
     std::vector<std::string> m_vecBlock;
 };
 
-/** Open as a server that never starts. */
-class COpenTransfer : public Orlix::CDataTransfer {
-public:
-    explicit COpenTransfer(Orlix::IDataTransferListener* pListener) {
-        m_pServer = new Orlix::CSocketServer(1, 16);
-        m_pListener = pListener;
-    }
-    std::string getHeld() const {
-        const unsigned char* const pBytes = m_bufReceive.buffer();
-        return pBytes ? std::string(pBytes, pBytes + m_bufReceive.getSize()) : std::string();
-    }
-};
-
-void drain() {
-    while (true) {
-        const Orlix::CObjectPtr<Orlix::CBaseMessage> ptrMessage = Orlix::CMessageCenter::getInstance()->popMessage();
-        if (ptrMessage.isEmpty())
-            return;
-        ptrMessage->handleMessage();
-    }
-}
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uiSize) {
@@ -53,7 +30,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uiS
     OrlixTest::CFrameModel model;
     std::vector<std::string> vecExpected;
     {
-        COpenTransfer transfer(&receiver);
+        OrlixTest::COpenTransfer transfer(&receiver);
         bool bRaw = false;
         const std::uint8_t* const pEnd = pData + uiSize;
         while (pData != pEnd) {
@@ -79,7 +56,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t uiS
                 model.m_vecPayload.push_back({false, strChunk});
             FUZZ_CHECK(transfer.getHeld() == model.m_strHeld);
         }
-        drain();
+        OrlixTest::drainCenter();
     }
     for (const OrlixTest::tagPayload& payload : model.m_vecPayload)
         if (!payload.bXML)

@@ -22,6 +22,7 @@ namespace {
 
 constexpr unsigned int SOCKET_BUFFER_SIZE = 1048576;
 constexpr unsigned int RECEIVE_INCREMENT = 1024;
+constexpr unsigned int RECEIVE_KEPT = 2 * SOCKET_BUFFER_SIZE; // the largest block that is kept for the next frames
 
 // A frame: the magic, a reserved byte of 0, the length of the payload, its type, the payload.
 constexpr unsigned int FRAME_MAGIC = 0x4E455649;
@@ -179,8 +180,12 @@ void CDataTransfer::parseData(const unsigned char* pData, unsigned int uiLength)
         postPayload(pData, uiLength, false);
         return;
     }
+    const unsigned int uiHeld = m_bufReceive.getSize();
     m_bufReceive.writeBuffer(pData, uiLength);
-    parseFrames();
+    if (m_bufReceive.getSize() - uiHeld == uiLength)
+        parseFrames();
+    else
+        m_bufReceive.clear(); // there was no room, and a frame with a hole in it is none
 }
 
 void CDataTransfer::parseFrames() {
@@ -216,6 +221,8 @@ void CDataTransfer::parseFrames() {
     }
     m_bufReceive.setPosition(uiConsumed);
     m_bufReceive.moveToHead(uiConsumed);
+    if (m_bufReceive.getSize() == 0 && m_bufReceive.getCapacity() > RECEIVE_KEPT)
+        m_bufReceive.clear(); // a large frame that has been handed on would stay in memory twice
 }
 
 /** Reads the magic and its reserved byte, and as long as that is not 0 both once more.

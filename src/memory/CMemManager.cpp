@@ -5,6 +5,7 @@
 #include <Orlix/memory/IMemManagerListener.h>
 
 #include "foundation/StaticOrder.h"
+#include "memory/CImpHeap.h"
 
 #include <cstdlib>
 #include <new>
@@ -34,6 +35,7 @@ CMemManager g_memManager ORLIX_STATIC_MEM_MANAGER;
 } // namespace
 
 CMemManager::CMemManager() : m_pListener(nullptr), m_pAllocator(nullptr), m_pChecker(nullptr), m_bInRetry(false) {
+    CImpHeap::mapLargeBlocks();
     // The flag is still clear, so the allocator itself is a block of the system heap, as is the lock's mutex.
     m_pAllocator = new CMemAllocator;
     if (m_pAllocator) {

@@ -140,7 +140,7 @@ TEST_F(CCursorManagerLoadTest, AMinuteOfSixtyFingersLosesNoSampleAndTakesNoMoreM
 
 /** Checks that the samples of each finger, numbered by their x, come in order and that repeats repeat the last one. A
  *  sample is posted after the lock is given back, so a repeat of it may overtake it: then a press finds its finger
- * down. */
+ *  down. */
 class COrderCheck : public ITouchListener {
 public:
     void onTouchPress(const CCursor& cursor) override {

@@ -1,6 +1,7 @@
 #include "ipc/DataTransferFixture.h"
 
 #include "support/ChildProcess.h"
+#include "support/MemoryLimit.h"
 #include "support/Sanitizer.h"
 
 #include <algorithm>
@@ -18,13 +19,6 @@ namespace {
 constexpr unsigned int MIB = 1 << 20;
 constexpr unsigned int CHUNK = 65536;
 
-std::string headerOf(unsigned int uiLength) {
-    std::string strHeader("IVEN\0", 5);
-    for (int iShift = 0; iShift < 32; iShift += 8)
-        strHeader += static_cast<char>(uiLength >> iShift & 0xFF);
-    return strHeader + '\0';
-}
-
 class CDataTransferLarge : public CDataTransferFixture {
 protected:
     COpenTransfer m_transfer{&m_listener};
@@ -37,9 +31,44 @@ protected:
     }
 };
 
+TEST_F(CDataTransferLarge, BlockOfALargeFrameIsGivenBackAndASmallerOneKept) {
+    const struct {
+        unsigned int uiBytes;
+        bool bKept;
+    } aryRow[] = {{MIB, true}, {2 * MIB, false}, {3 * MIB, false}};
+    for (const auto& row : aryRow) {
+        m_transfer.m_bufReceive.clear();
+        m_transfer.feed(headerOf(row.uiBytes, 0));
+        feedChunks(row.uiBytes);
+        EXPECT_EQ(m_transfer.m_bufReceive.getSize(), 0u);
+        EXPECT_EQ(m_transfer.m_bufReceive.getCapacity() != 0, row.bKept) << row.uiBytes;
+    }
+    drain();
+    ASSERT_EQ(m_listener.m_vecCall.size(), 3u);
+    EXPECT_TRUE(m_listener.m_vecCall[2] == "data " + std::string(3 * MIB, 'c'));
+}
+
+TEST_F(CDataTransferLarge, WhatIsHeldBehindALargeFrameStays) {
+    m_transfer.feed(headerOf(3 * MIB, 0));
+    feedChunks(3 * MIB - CHUNK);
+    m_transfer.feed(m_strChunk + "IVEN");
+    EXPECT_EQ(m_transfer.getHeld(), "IVEN");
+}
+
+// A buffer grows no further than its sizes reach; that it holds that much is only claimed here.
+TEST_F(CDataTransferLarge, ChunkThatPassesTheLargestSizeDiscardsWhatIsHeld) {
+    std::string strBlock = headerOf(UINT_MAX, 0);
+    CByteBuffer& buffer = m_transfer.m_bufReceive;
+    buffer.attachBuffer(reinterpret_cast<unsigned char*>(strBlock.data()), UINT_MAX, UINT_MAX - 5, false);
+    buffer.setPosition(UINT_MAX - 5);
+    m_transfer.feed("123456");
+    EXPECT_EQ(buffer.getSize(), 0u);
+    EXPECT_EQ(m_recorder.getLines().size(), 1u) << "the buffer reports it";
+}
+
 #if defined(ORLIX_TEST_ASAN) || defined(ORLIX_TEST_TSAN)
 TEST_F(CDataTransferLarge, FrameOfManyChunksArrivesWhole) {
-    m_transfer.feed(headerOf(MIB));
+    m_transfer.feed(headerOf(MIB, 0));
     feedChunks(MIB);
     drain();
     ASSERT_EQ(m_listener.m_vecCall.size(), 1u);
@@ -61,14 +90,14 @@ public:
 };
 
 TEST_F(CDataTransferLarge, TimeGrowsAsTheSizeDoes) {
+    constexpr int ROUNDS = 7;
     CCountingListener counter;
     m_transfer.setListener(&counter);
     const auto measure = [&](unsigned int uiBytes) {
         double dBest = 1e9;
-        for (int i = 0; i < 5; ++i) {
-            m_transfer.m_bufReceive.clear();
+        for (int i = 0; i < ROUNDS; ++i) { // the least of them is the one that was disturbed least
             const double dStart = getThreadSeconds();
-            m_transfer.feed(headerOf(uiBytes));
+            m_transfer.feed(headerOf(uiBytes, 0));
             feedChunks(uiBytes);
             dBest = std::min(dBest, getThreadSeconds() - dStart);
             drain();
@@ -76,9 +105,10 @@ TEST_F(CDataTransferLarge, TimeGrowsAsTheSizeDoes) {
         return dBest;
     };
     const double dSmall = measure(10 * MIB), dLarge = measure(100 * MIB);
-    EXPECT_EQ(counter.m_uiBytes, 5 * 110 * MIB);
+    EXPECT_EQ(counter.m_uiBytes, ROUNDS * 110 * MIB);
 
-    EXPECT_LT(dLarge, 20 * dSmall) << "copied at each growth it would be a hundred";
+    // Ten times the bytes. The larger frame leaves the caches, which made it up to 13 times on a busy machine.
+    EXPECT_LT(dLarge, 16 * dSmall) << "copied at each growth it would be a hundred";
 }
 
 /** A line of the process's state, in bytes. */
@@ -90,12 +120,13 @@ unsigned long readMemory(const std::string& strName) {
 }
 
 TEST_F(CDataTransferLarge, MemoryStaysBelowWhatHasArrivedAndTwoMiB) {
-    for (const unsigned int uiFreed : {0u, 30u}) { // a heap that has seen large blocks keeps them itself
+    for (const unsigned int uiFreed : {0u, 2u, 30u}) { // a heap may learn from large blocks to keep them itself
         const int iCode = runInChild([&] {
-                              std::free(std::malloc(uiFreed * MIB));
+                              void* volatile pFreed = std::malloc(uiFreed * MIB); // or a compiler leaves both out
+                              std::free(pFreed);
                               constexpr unsigned int ARRIVES = 96 * MIB;
                               const unsigned long ulBefore = readMemory("VmHWM:");
-                              m_transfer.feed(headerOf(UINT_MAX)); // it never comes to its end
+                              m_transfer.feed(headerOf(UINT_MAX, 0)); // it never comes to its end
                               for (unsigned int uiArrived = 0; uiArrived < ARRIVES; uiArrived += CHUNK) {
                                   m_transfer.feed(m_strChunk);
                                   if (readMemory("VmHWM:") - ulBefore > uiArrived + 2 * MIB)
@@ -105,6 +136,22 @@ TEST_F(CDataTransferLarge, MemoryStaysBelowWhatHasArrivedAndTwoMiB) {
                           }).iExitCode;
         EXPECT_EQ(iCode, 0) << uiFreed;
     }
+}
+
+TEST_F(CDataTransferLarge, WithoutMemoryNoFrameHasAHole) {
+    const int iCode = runInChild([&] {
+                          const std::string strLarge(64 * MIB, 'l');
+                          m_transfer.feed(headerOf(64 * MIB + 5, 0) + "begin");
+                          if (!limitMemory(8 * MIB))
+                              return 1;
+                          m_transfer.feed(strLarge);
+                          if (m_transfer.m_bufReceive.getCapacity() != 0)
+                              return 2;
+                          m_transfer.feed(frameOf("next", 0));
+                          drain();
+                          return m_listener.m_vecCall == VecCall{"data next"} ? 0 : 3;
+                      }).iExitCode;
+    EXPECT_EQ(iCode, 0);
 }
 #endif
 } // namespace

@@ -6,7 +6,6 @@
 
 #include "support/Sanitizer.h"
 
-#include <cstdint>
 #include <iterator>
 #include <random>
 

@@ -17,7 +17,6 @@ static_assert(std::is_base_of<ISocketClientListener, CDataTransfer>::value, "");
 static_assert(!std::is_copy_constructible<CDataTransfer>::value && !std::is_copy_assignable<CDataTransfer>::value, "");
 
 const std::string TOUCH = xmlFrameOf("<root><touch_input id=\"7\"/></root>");
-const std::string TOUCH_7 = "touch 7 at 0,0 delta 0,0 speed 0,0 status 0 time 0 distance 0";
 
 class CDataTransferTest : public CDataTransferFixture {
 protected:
@@ -190,6 +189,40 @@ TEST_F(CDataTransferTest, LaterInstanceAtTheSameAddressLosesItsFirstMessage) {
         place.destroy();
         CDataTransfer::deleteAllInstance();
     }
+}
+
+// Instances are known by their address alone, so a later one is taken for the owner of what the entry does not cover.
+TEST_F(CDataTransferTest, LaterInstanceAtTheSameAddressHearsAllButTheFirstLateDocument) {
+    CPlace place;
+    place.make(&m_listener)
+        ->feed(TOUCH + xmlFrameOf("<root><touch_input id=\"8\"/></root>") + xmlFrameOf("<root><page_cmd/></root>"));
+    place.destroy();
+    CTransferListener later;
+    place.make(&later);
+    EXPECT_EQ(drain(), 3u);
+    EXPECT_EQ(m_listener.m_vecCall, VecCall{});
+    EXPECT_EQ(later.m_vecCall, (VecCall{"touch 8 at 0,0 delta 0,0 speed 0,0 status 0 time 0 distance 0", "page 0 "}));
+    EXPECT_EQ(getDeleted(), TInstances{});
+}
+
+TEST_F(CDataTransferTest, EntryIsUsedUpWhoeverListens) {
+    CXMLParser parser;
+    const std::function<void(COpenTransfer&)> aryHandle[] = {
+        [](COpenTransfer& transfer) { transfer.handleDataTransferMessage(CArrayPtr<unsigned char>()); },
+        [](COpenTransfer& transfer) { transfer.handleDataTransferMessage(static_cast<CXMLParser*>(nullptr)); },
+        [&](COpenTransfer& transfer) { transfer.handleDataTransferMessage(&parser); }};
+    for (const auto& fnHandle : aryHandle) {
+        for (IDataTransferListener* const pListener : {static_cast<CTransferListener*>(nullptr), &m_listener}) {
+            CPlace place;
+            place.make(nullptr);
+            place.destroy();
+            fnHandle(*place.make(pListener));
+            EXPECT_EQ(getDeleted(), TInstances{});
+            place.destroy();
+            CDataTransfer::deleteAllInstance();
+        }
+    }
+    EXPECT_EQ(m_listener.m_vecCall, VecCall{});
 }
 
 TEST_F(CDataTransferTest, OneEntryIsUsedUpAtATime) {

@@ -147,9 +147,24 @@ TEST_F(CDataTransferWire, ThreadHasTheNameAndPriorityOfItsRecord) {
     EXPECT_EQ(m_transfer.m_pClient->getThreadPriority(), 33);
 }
 
+TEST_F(CDataTransferWire, SocketsReceiveUpToAMiBAtOnce) {
+    struct tagServer : CSocketServer {
+        using CSocketServer::m_uiBufferSize;
+    };
+    struct tagClient : CSocketClient {
+        using CSocketClient::m_uiBufferSize;
+    };
+    m_transfer.openAsServer(m_port.getPort());
+    EXPECT_EQ(m_transfer.m_pServer->*&tagServer::m_uiBufferSize, 1048576u);
+    m_transfer.close();
+    m_transfer.openAsClient(L"127.0.0.1", m_port.getPort());
+    EXPECT_EQ(m_transfer.m_pClient->*&tagClient::m_uiBufferSize, 1048576u);
+}
+
 /** Knows the socket of its client, so that a test can tell when a chunk has been taken. */
 class CWatchedTransfer : public COpenTransfer {
 public:
+    ~CWatchedTransfer() override { close(); } // here, while the socket's thread can still call it
     using COpenTransfer::onConnect;
     void onConnect(CSocketServer* pServer, unsigned int uiClientID) override {
         m_iSocket = static_cast<int>(uiClientID);

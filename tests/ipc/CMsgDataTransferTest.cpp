@@ -2,11 +2,8 @@
 
 #include <Orlix/formats/CXMLElement.h>
 
-#include "support/HeapUse.h"
-#include "support/Sanitizer.h"
-
+#include <cstdint>
 #include <memory>
-#include <new>
 #include <type_traits>
 
 using namespace Orlix;
@@ -142,6 +139,8 @@ TEST_F(CMsgDataTransferTest, DocumentsReachTheirOperation) {
          "touch_status=\"3\" time_stamp=\"4000000000\"/></root>",
          {"touch 4294967295 at -1,4 delta 2,-5 speed -3,6 status 3 time 4000000000 distance 0"}},
         {TOUCH, {TOUCH_7}},
+        {"<root><touch_input id=\"0x10\" time_stamp=\"-1\"/></root>", // read unsigned
+         {"touch 16 at 0,0 delta 0,0 speed 0,0 status 0 time 0 distance 0"}},
         {"<root><touch_input x=\"none\" distance=\"9\" touch_status=\"-1\"/></root>",
          {"touch 0 at 0,0 delta 0,0 speed 0,0 status 4294967295 time 0 distance 0"}},
         {PAGE, {"page 3 p"}},
@@ -199,8 +198,10 @@ TEST_F(CMsgDataTransferTest, TextIsReadAsUTF8WhateverItsHeaderSays) {
 }
 
 TEST_F(CMsgDataTransferTest, WithoutOwnerOrListenerNothingHappens) {
+    g_aryDeletedInstance.add(nullptr); // which nobody's messages do not use up
     COpenMessage(nullptr, true).handleMessage();
     COpenMessage(nullptr, bytesOf(TOUCH), 34, true).handleMessage();
+    EXPECT_EQ(g_aryDeletedInstance.getSize(), 1u);
     m_transfer.setListener(nullptr);
     COpenMessage(&m_transfer, true).handleMessage();
     makeText(TOUCH)->handleMessage();

@@ -128,7 +128,7 @@ TEST_F(CSocketClientTest, CarriesBytesBothWays) {
         m_client.stop();
         EXPECT_FALSE(m_client.isConnect());
         EXPECT_TRUE(peer.awaitClose());
-        m_client.join();
+        m_client.waitForThreadStop();
     }
     EXPECT_GE(m_trace.count(made()), 2u);
 }
@@ -198,7 +198,7 @@ TEST_F(CSocketClientTest, ARefusalIsLoggedWithTheErrorWhereThereIsOne) {
     m_client.start(false);
     EXPECT_TRUE(m_trace.await(failed(ECONNREFUSED)));
     m_client.stop();
-    m_client.join();
+    m_client.waitForThreadStop();
     m_client.start(true);
     EXPECT_TRUE(m_trace.await(failed(-1))) << "a connect that waits has taken the error away already";
     m_client.stop();
@@ -240,7 +240,7 @@ TEST_F(CSocketClientTest, RetriesWaitOneSecondUnlessTheyAreCutShort) {
     EXPECT_GE(CTime::getTickCount() - uiStart, 900u);
 
     m_client.stop();
-    m_client.join();
+    m_client.waitForThreadStop();
     CRawListener refusing;
     COpenClient client(L"127.0.0.1", refusing.getPort(), true, 16);
     client.setListener(&m_trace);
@@ -297,7 +297,7 @@ TEST_F(CSocketClientTest, WithoutReconnectionTheThreadEndsWithTheConnection) {
     m_listener.accept().close();
     EXPECT_TRUE(m_trace.await("exits"));
     EXPECT_EQ(m_trace.getEntries(), (entries(made(), "connect", lost(), "disconnect", "exits")));
-    client.join();
+    client.waitForThreadStop();
     EXPECT_FALSE(client.m_bRunning);
     EXPECT_FALSE(m_listener.accept(0).isOpen());
 }
@@ -321,7 +321,7 @@ TEST_F(CSocketClientTest, APreparedStopEndsTheThreadWithoutWaiting) {
     EXPECT_TRUE(m_trace.await("exits"));
     EXPECT_TRUE(peer.awaitClose());
     EXPECT_EQ(m_trace.count("disconnect"), 2u);
-    m_client.join();
+    m_client.waitForThreadStop();
 }
 
 TEST_F(CSocketClientTest, TheDestructorStopsIt) {
@@ -341,7 +341,7 @@ TEST_F(CSocketClientTest, CanBeStartedAgain) {
     for (std::size_t i = 1; i <= 5; ++i) {
         CRawPeer peer = connect();
         m_client.stop();
-        m_client.join();
+        m_client.waitForThreadStop();
     }
     EXPECT_EQ(countDescriptors(), iOpen);
 }
@@ -502,7 +502,7 @@ TEST_F(CSocketClientTest, StopsAtAnyMomentEndTheThread) {
         for (int j = 0; j < i; ++j)
             std::this_thread::yield();
         m_client.stop();
-        m_client.join();
+        m_client.waitForThreadStop();
         while (m_listener.accept(0).isOpen()) {}
     }
     EXPECT_EQ(countDescriptors(), iOpen);

@@ -227,7 +227,7 @@ TEST_F(CSocketServerTest, APortInUseIsLoggedWithTheSystemsText) {
     const std::ptrdiff_t iOpen = countDescriptors();
     m_server.start();
     EXPECT_TRUE(m_trace.await("exits"));
-    m_server.join();
+    m_server.waitForThreadStop();
     EXPECT_EQ(m_trace.getEntries(),
               (entries(std::string("Error: Socket server bind error: ") + std::strerror(EADDRINUSE) + ".",
                        "disconnect 0", text("Error: Fail to create socket server (%s : %d)."), "exits")));
@@ -239,7 +239,7 @@ TEST_F(CSocketServerTest, AFailedAcceptEndsIt) {
     EXPECT_TRUE(m_trace.await(waiting()));
     shutdown(COpenImp::listenerOf(m_server), SHUT_RDWR);
     EXPECT_TRUE(m_trace.await("exits"));
-    m_server.join();
+    m_server.waitForThreadStop();
     EXPECT_EQ(m_trace.getEntries(),
               (entries(started(), waiting(), text("Error: Socket server (%s : %d) can't get client."), "disconnect 0",
                        terminated(), "exits")));
@@ -297,7 +297,7 @@ TEST_F(CSocketServerTest, TheClosingOfAStopIsNoFailure) {
         EXPECT_TRUE(trace.await(waiting()));
         (server.*fnStop)();
         EXPECT_EQ(trace.getEntries(), vecExpected);
-        server.join();
+        server.waitForThreadStop();
         server.setListener(nullptr);
     }
 }
@@ -328,7 +328,7 @@ TEST_F(CSocketServerTest, AStopWaitsForASilentClientToSendOrGo) {
         else
             peer.close();
         stopper.join();
-        m_server.join();
+        m_server.waitForThreadStop();
         const VecEntry vecEntry = m_trace.getEntries();
         EXPECT_EQ(VecEntry(vecEntry.end() - 3, vecEntry.end()), (entries(terminated(), "exits", "stopped")));
         EXPECT_EQ(m_trace.count(named("disconnect", uiClientID)), 0u);
@@ -345,7 +345,7 @@ TEST_F(CSocketServerTest, APreparedStopEndsTheThreadWithoutWaiting) {
     EXPECT_EQ(m_trace.count("exits"), 0u) << "the client is silent";
     peer.close();
     EXPECT_TRUE(m_trace.await("exits"));
-    m_server.join();
+    m_server.waitForThreadStop();
 }
 
 TEST_F(CSocketServerTest, StopsAtAnyMomentEndTheThread) {
@@ -355,7 +355,7 @@ TEST_F(CSocketServerTest, StopsAtAnyMomentEndTheThread) {
         for (int j = 0; j < i; ++j)
             std::this_thread::yield();
         m_server.stop();
-        m_server.join();
+        m_server.waitForThreadStop();
     }
     EXPECT_EQ(countDescriptors(), iOpen);
     EXPECT_EQ(m_trace.count("disconnect 0"), 0u);
@@ -400,7 +400,7 @@ TEST_F(CSocketServerTest, AClientComesBackToAServerThatIsStartedAgain) {
             usleep(1000);
         }
         stopper.join();
-        m_server.join();
+        m_server.waitForThreadStop();
         EXPECT_EQ(trace.count("connect"), trace.count("disconnect"));
     }
     client.stop();

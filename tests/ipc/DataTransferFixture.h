@@ -3,12 +3,12 @@
 #include <Orlix/formats/CConfigParser.h>
 #include <Orlix/formats/CXMLParser.h>
 #include <Orlix/input/CCursor.h>
-#include <Orlix/ipc/CDataTransfer.h>
 #include <Orlix/ipc/CMsgDataTransfer.h>
-#include <Orlix/ipc/CSocketServer.h>
 #include <Orlix/messaging/CMessageCenter.h>
 #include <Orlix/threading/CTimerManager.h>
 
+#include "ipc/COpenTransfer.h"
+#include "support/DrainCenter.h"
 #include "support/LogSettings.h"
 
 #include <gtest/gtest.h>
@@ -28,22 +28,6 @@ inline std::string narrow(const Orlix::CString& strText) {
     const wchar_t* const pText = strText.getBuffer();
     return pText ? std::string(pText, pText + strText.length()) : std::string();
 }
-
-inline const unsigned char* bytesOf(const std::string& strBytes) {
-    return reinterpret_cast<const unsigned char*>(strBytes.data());
-}
-
-/** A frame as peers make it. */
-inline std::string frameOf(const std::string& strPayload, char chType, char chReserved = 0) {
-    const std::size_t uiLength = strPayload.size();
-    std::string strFrame("\x49\x56\x45\x4E", 4);
-    strFrame += chReserved;
-    for (int iShift = 0; iShift < 32; iShift += 8)
-        strFrame += static_cast<char>(uiLength >> iShift & 0xFF);
-    return strFrame + chType + strPayload;
-}
-
-inline std::string xmlFrameOf(const std::string& strText) { return frameOf(strText + '\0', 1); }
 
 /** Writes down every call it gets, and then does what the test wants done in the middle of it. */
 class CTransferListener : public Orlix::IDataTransferListener {
@@ -88,30 +72,6 @@ struct tagDeletedRecord {
     ~tagDeletedRecord() { Orlix::CDataTransfer::deleteAllInstance(); }
 };
 
-/** A data transfer with its fields open. */
-class COpenTransfer : public Orlix::CDataTransfer {
-public:
-    COpenTransfer() = default;
-    /** Open as a server that never starts, so that a test can play the socket's thread. */
-    explicit COpenTransfer(Orlix::IDataTransferListener* pListener) {
-        m_pServer = new Orlix::CSocketServer(1, 16);
-        m_pListener = pListener;
-    }
-    using CDataTransfer::m_bConnected;
-    using CDataTransfer::m_bRawConnection;
-    using CDataTransfer::m_bufReceive;
-    using CDataTransfer::m_pClient;
-    using CDataTransfer::m_pListener;
-    using CDataTransfer::m_pServer;
-
-    void feed(const std::string& strBytes) { parseData(bytesOf(strBytes), static_cast<unsigned int>(strBytes.size())); }
-    /** What waits for more. */
-    std::string getHeld() const {
-        const unsigned char* const pBytes = m_bufReceive.buffer();
-        return pBytes ? std::string(pBytes, pBytes + m_bufReceive.getSize()) : std::string();
-    }
-};
-
 /** A center, a log that stays off the terminal, and nothing left behind. */
 class CDataTransferFixture : public ::testing::Test {
 protected:
@@ -121,27 +81,23 @@ protected:
         Orlix::CMessageCenter::deleteInstance();
     }
 
-    /** What the host does until nothing waits. @return the messages handled. */
-    unsigned int drain() {
-        unsigned int uiMessages = 0;
-        while (true) {
-            const Orlix::CObjectPtr<Orlix::CBaseMessage> ptrMessage = m_pCenter->popMessage();
-            if (ptrMessage.isEmpty())
-                return uiMessages;
-            ptrMessage->handleMessage();
-            ++uiMessages;
-        }
-    }
-    /** What the host does until something holds. @return whether it does before a very long time is over. */
-    template <class F> bool drainUntil(F fnCondition) {
+    static unsigned int drain() { return drainCenter(); }
+    /** @return whether a condition holds before a very long time is over. */
+    template <class F> static bool await(F fnCondition) {
         const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
         while (!fnCondition()) {
             if (std::chrono::steady_clock::now() > end)
                 return false;
-            if (drain() == 0)
-                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
         return true;
+    }
+    /** As await, while the host goes on. */
+    template <class F> static bool drainUntil(F fnCondition) {
+        return await([&] {
+            drain();
+            return fnCondition();
+        });
     }
 
     CLogRecorder m_recorder;

@@ -18,7 +18,6 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
-#include <pthread.h>
 #include <string>
 #include <vector>
 
@@ -119,31 +118,9 @@ private:
     }
 };
 
-/** A socket thread that is stopped and really over before it goes, also when it has ended by itself. */
-template <class T> class CJoinedThread : public T {
+class COpenClient : public Orlix::CSocketClient {
 public:
-    using T::T;
-    ~CJoinedThread() override {
-        T::stop();
-        join();
-    }
-    void notifyThreadStarted(unsigned int uiThreadID) override {
-        m_thread = pthread_self();
-        T::notifyThreadStarted(uiThreadID);
-    }
-    /** Waits until the thread that was started last is gone; it has to be on its way out. */
-    void join() {
-        if (const pthread_t thread = m_thread.exchange(0))
-            pthread_join(thread, nullptr);
-    }
-
-private:
-    std::atomic<pthread_t> m_thread{0};
-};
-
-class COpenClient : public CJoinedThread<Orlix::CSocketClient> {
-public:
-    using CJoinedThread<Orlix::CSocketClient>::CJoinedThread;
+    using CSocketClient::CSocketClient;
     using CSocketClient::m_bBlocking;
     using CSocketClient::m_bConnected;
     using CSocketClient::m_bPrepareStop;
@@ -156,9 +133,9 @@ public:
     using CSocketClient::m_waitWake;
 };
 
-class COpenServer : public CJoinedThread<Orlix::CSocketServer> {
+class COpenServer : public Orlix::CSocketServer {
 public:
-    using CJoinedThread<Orlix::CSocketServer>::CJoinedThread;
+    using CSocketServer::CSocketServer;
     using CSocketServer::m_bConnected;
     using CSocketServer::m_bPrepareStop;
     using CSocketServer::m_bRunning;

@@ -524,7 +524,7 @@ TEST(CLog, TwoProcessesOfEightThreadsLoseNothing) {
     CLog::initialize(); // makes the mark, which two at once would both make
     CLog::unInitialize();
     EXPECT_EQ(runInChild([] {
-                  const pid_t pid = fork();
+                  const pid_t pid = OrlixTest::forkBound();
                   CLog::initialize();
                   logOnThreads(pid == 0 ? '0' : 'a', LINES);
                   CLog::unInitialize();

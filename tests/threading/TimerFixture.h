@@ -9,6 +9,7 @@
 #include <Orlix/threading/ITimerListener.h>
 
 #include "support/ClockStandIn.h"
+#include "support/DrainCenter.h"
 
 #include <gtest/gtest.h>
 
@@ -97,17 +98,7 @@ protected:
         setTick(uiTick);
         m_pManager->pulseTimers();
     }
-    /** What the host does until nothing waits. @return the messages handled. */
-    unsigned int drain() {
-        unsigned int uiMessages = 0;
-        while (true) {
-            const Orlix::CObjectPtr<Orlix::CBaseMessage> ptrMessage = m_pCenter->popMessage();
-            if (ptrMessage.isEmpty())
-                return uiMessages;
-            ptrMessage->handleMessage();
-            ++uiMessages;
-        }
-    }
+    static unsigned int drain() { return drainCenter(); }
 
     tagClockStandIn m_clock;
     Orlix::CMessageCenter* const m_pCenter;

@@ -39,6 +39,7 @@ public:
     void clear() noexcept;
     /** Clears, then takes over a block of the caller's.
      *  @param pBuffer null for no block, of no capacity and size. With bOwn it has to come from CMemory.
+     *  @param uiCapacity bytes that the block really has: writes go that far without a look at the block.
      *  @param uiSize bytes of it that are content, at most uiCapacity.
      *  @param bOwn whether the block is freed here; one that is not owned never grows. */
     void attachBuffer(unsigned char* pBuffer, unsigned int uiCapacity, unsigned int uiSize, bool bOwn) noexcept;
@@ -54,7 +55,7 @@ public:
     /** Writes at the position and ends the content there.
      *  @param pData may lie in the buffer; null does nothing, unless uiCount is 0. @param uiCount 0 ends the content at
      *  the position. A block that is not owned must have room for the bytes: there those beyond the capacity are
-     * written too, and the size stays. */
+     *  written too, and the size stays. */
     void writeBuffer(const unsigned char* pData, unsigned int uiCount);
     void writeBYTE(unsigned char ucValue) { writeValue(ucValue); }
     void writeSHORT(short sValue) { writeValue(sValue); }

@@ -25,9 +25,10 @@ public:
     CDataTransfer();
     CDataTransfer(const CDataTransfer&) = delete;
     CDataTransfer& operator=(const CDataTransfer&) = delete;
-    /** Closes, and takes back its messages that still wait. The built-in documents among them stay and are dropped when
-     *  they are handled. In their place it leaves one entry behind: if none of them is there to use that up, the first
-     *  document or block for a later instance at the same address is lost. */
+    /** Closes, and takes back its messages that still wait, all but the built-in documents. While no instance lives at
+     *  this address those are dropped when they are handled. Instances are known by their address alone: a later one
+     *  at the same address is taken for their owner and hears them. One entry that is left behind costs it the first
+     *  document or block that is handled for it, be that one of those or its own, unless it has been used up before. */
     ~CDataTransfer() override;
 
     // On the socket thread.
@@ -49,7 +50,8 @@ public:
      *  address, and for the port 0. */
     void openAsClient(const CString& strAddress, unsigned int uiPort);
     /** Ends the connection and waits for the end of its thread; nothing happens if the channel is not open. With a
-     *  listener the last onDisconnect is still posted. What has been posted is still delivered. */
+     *  listener the last onDisconnect is still posted. What has been posted is still delivered. A server whose client
+     *  is connected and silent blocks here until that sends something or leaves. */
     void close();
     /** Whether a peer is connected, also without a listener. */
     bool isConnect() const noexcept { return m_bConnected; }
@@ -72,7 +74,7 @@ public:
     // The steps of the above.
 
     /** Takes bytes from the connection, on the socket thread; nothing happens if the channel is not open.
-     *  Bytes that begin with no frame are discarded together with all that is held. */
+     *  Bytes that begin with no frame are discarded together with all that is held, and so is all without memory. */
     void parseData(const unsigned char* pData, unsigned int uiLength);
     /** Sends a payload, unless the channel is raw behind the header of a frame. */
     void sendData(const unsigned char* pData, unsigned int uiLength, bool bXML);

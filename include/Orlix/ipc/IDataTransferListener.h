@@ -10,7 +10,8 @@ class CXMLParser;
 
 /** What a data transfer tells its application, on the host thread and without a lock. Override what you want to hear.
  *
- *  Each operation may close the data transfer, open it again, or destroy it. */
+ *  Each operation may close the data transfer, open it again, or destroy it. Closing and destroying a server block
+ *  until its client, if there is one that is silent, sends something or leaves. */
 class ORLIX_API IDataTransferListener {
 public:
     /** What is to happen to a page or a popup. The numbers belong to the layer that uses them and pass unchanged. */
