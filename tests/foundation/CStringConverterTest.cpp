@@ -880,6 +880,7 @@ TEST(CStringConverter, WithoutMemoryAFormatIsBlankAndOtherResultsStay) {
     const OrlixTest::tagChildResult result = OrlixTest::runInChild([] {
         const std::string strBytes(1000000, 'x');
         const std::wstring strText(1000000, L'x');
+        CString strUtf8(L"a"), strUtf16(L"b"), strMbcs(L"c"), strEncoded(L"d"), strDecoded(L"e");
         if (!OrlixTest::limitMemory(1 << 20))
             return 125;
         // What the heap still has free is taken as well, down to pieces too small for any result here.
@@ -887,7 +888,6 @@ TEST(CStringConverter, WithoutMemoryAFormatIsBlankAndOtherResultsStay) {
             pTaken = std::malloc(1 << 20);
         const int iCount = measure(L"%*d", 500000, 1);
         const CString strFormatted = CStringConverter::format(L"%*d", 500000, 1);
-        CString strUtf8(L"a"), strUtf16(L"b"), strMbcs(L"c"), strEncoded(L"d"), strDecoded(L"e");
         CStringConverter::convertFromUTF8(narrow(strBytes), strUtf8);
         CStringConverter::convertFromUTF16(narrow(strBytes), 1000000, strUtf16);
         CStringConverter::convertFromMBCS(strBytes.c_str(), strMbcs);
