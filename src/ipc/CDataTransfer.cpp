@@ -180,58 +180,73 @@ void CDataTransfer::parseData(const unsigned char* pData, unsigned int uiLength)
         postPayload(pData, uiLength, false);
         return;
     }
-    const unsigned int uiHeld = m_bufReceive.getSize();
-    m_bufReceive.writeBuffer(pData, uiLength);
-    if (m_bufReceive.getSize() - uiHeld == uiLength)
-        parseFrames();
-    else
-        m_bufReceive.clear(); // there was no room, and a frame with a hole in it is none
+    if (m_bufReceive.getSize() == 0)
+        parseChunk(pData, uiLength);
+    else if (hold(pData, uiLength))
+        parseHeld();
 }
 
-void CDataTransfer::parseFrames() {
+/** Nothing is held: the frames are taken from where they lie, and only what is left over is copied. */
+void CDataTransfer::parseChunk(const unsigned char* pData, unsigned int uiLength) {
+    CByteBuffer bufChunk;
+    bufChunk.attachBuffer(const_cast<unsigned char*>(pData), uiLength, uiLength, false); // only read
+    const unsigned int uiConsumed = parseFrames(bufChunk);
+    if (uiConsumed < uiLength)
+        hold(pData + uiConsumed, uiLength - uiConsumed);
+}
+
+void CDataTransfer::parseHeld() {
     m_bufReceive.setPosition(0);
-    unsigned int uiConsumed = 0;
-    // On purpose not reduced by what readMagic passes over: then more is expected than there is, and a part of a frame
-    // that has arrived behind such a frame is taken for a bad one.
-    unsigned int uiRemaining = m_bufReceive.bytesAvailable();
-    while (uiRemaining >= MAGIC_SIZE) {
-        if (!readMagic()) {
-            m_bufReceive.clear();
-            return;
-        }
-        if (uiRemaining < HEADER_SIZE) {
-            uiConsumed = m_bufReceive.getPosition() - MAGIC_SIZE;
-            break;
-        }
-        const unsigned int uiLength = m_bufReceive.readUINT(); // 0 if it is not all there
-        if (uiLength == 0 || m_bufReceive.bytesAvailable() == 0) {
-            m_bufReceive.clear();
-            return;
-        }
-        const bool bXML = m_bufReceive.readBYTE() == TYPE_XML;
-        const unsigned int uiPayload = m_bufReceive.getPosition();
-        if (uiLength > m_bufReceive.bytesAvailable()) {
-            uiConsumed = uiPayload - HEADER_SIZE;
-            break;
-        }
-        postPayload(m_bufReceive.buffer() + uiPayload, uiLength, bXML);
-        uiConsumed = uiPayload + uiLength;
-        m_bufReceive.setPosition(uiConsumed);
-        uiRemaining -= HEADER_SIZE + uiLength;
-    }
+    const unsigned int uiConsumed = parseFrames(m_bufReceive);
     m_bufReceive.setPosition(uiConsumed);
     m_bufReceive.moveToHead(uiConsumed);
     if (m_bufReceive.getSize() == 0 && m_bufReceive.getCapacity() > RECEIVE_KEPT)
         m_bufReceive.clear(); // a large frame that has been handed on would stay in memory twice
 }
 
+/** @return false, with nothing held any more, if there was no room: a frame with a hole in it is none. */
+bool CDataTransfer::hold(const unsigned char* pData, unsigned int uiLength) {
+    const unsigned int uiHeld = m_bufReceive.getSize();
+    m_bufReceive.writeBuffer(pData, uiLength);
+    if (m_bufReceive.getSize() - uiHeld == uiLength)
+        return true;
+    m_bufReceive.clear();
+    return false;
+}
+
+/** Posts the whole frames. @return the bytes that are used up, which with a bad frame are all. */
+unsigned int CDataTransfer::parseFrames(CByteBuffer& buffer) {
+    unsigned int uiConsumed = 0;
+    // On purpose not reduced by what readMagic passes over: then more is expected than there is, and a part of a frame
+    // that has arrived behind such a frame is taken for a bad one.
+    unsigned int uiRemaining = buffer.bytesAvailable();
+    while (uiRemaining >= MAGIC_SIZE) {
+        if (!readMagic(buffer))
+            return buffer.getSize();
+        if (uiRemaining < HEADER_SIZE)
+            return buffer.getPosition() - MAGIC_SIZE;
+        const unsigned int uiLength = buffer.readUINT(); // 0 if it is not all there
+        if (uiLength == 0 || buffer.bytesAvailable() == 0)
+            return buffer.getSize();
+        const bool bXML = buffer.readBYTE() == TYPE_XML;
+        const unsigned int uiPayload = buffer.getPosition();
+        if (uiLength > buffer.bytesAvailable())
+            return uiPayload - HEADER_SIZE;
+        postPayload(buffer.buffer() + uiPayload, uiLength, bXML);
+        uiConsumed = uiPayload + uiLength;
+        buffer.setPosition(uiConsumed);
+        uiRemaining -= HEADER_SIZE + uiLength;
+    }
+    return uiConsumed;
+}
+
 /** Reads the magic and its reserved byte, and as long as that is not 0 both once more.
  *  @return false where the bytes differ or end. */
-bool CDataTransfer::readMagic() {
+bool CDataTransfer::readMagic(CByteBuffer& buffer) {
     do {
-        if (m_bufReceive.readUINT() != FRAME_MAGIC || m_bufReceive.bytesAvailable() == 0)
+        if (buffer.readUINT() != FRAME_MAGIC || buffer.bytesAvailable() == 0)
             return false;
-    } while (m_bufReceive.readBYTE() != 0);
+    } while (buffer.readBYTE() != 0);
     return true;
 }
 

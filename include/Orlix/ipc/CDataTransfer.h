@@ -103,8 +103,11 @@ private:
     void sendCommand(const wchar_t* szChild, IDataTransferListener::EOperationHandle eHandle, const CString& strName);
     void changeConnection(bool bConnected);
     void receive(const unsigned char* pData, int iLength);
-    void parseFrames();
-    bool readMagic();
+    void parseChunk(const unsigned char* pData, unsigned int uiLength);
+    void parseHeld();
+    bool hold(const unsigned char* pData, unsigned int uiLength);
+    unsigned int parseFrames(CByteBuffer& buffer);
+    static bool readMagic(CByteBuffer& buffer);
     void postPayload(const unsigned char* pData, unsigned int uiLength, bool bXML);
 };
 
