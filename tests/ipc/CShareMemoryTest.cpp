@@ -335,6 +335,28 @@ TEST_F(CShareMemoryTest, NothingCanBeWrittenBeforeTheThreadHasComeUp) {
     EXPECT_FALSE(write(writer, toBytes("x")));
 }
 
+TEST_F(CShareMemoryTest, AWriteLeavesNoRoomForTheNextUntilTheThreadMakesSome) {
+    CLazyChannel writer;
+    ASSERT_TRUE(writer.open(m_uiKey, WRITER, 8));
+    writer.m_bCanWrite = true;
+    EXPECT_TRUE(write(writer, toBytes("x")));
+    EXPECT_FALSE(writer.canWrite());
+    EXPECT_FALSE(write(writer, toBytes("y")));
+    EXPECT_EQ(writer.getSize(), 1u);
+    EXPECT_EQ(writer.m_pSegment[8], 'x');
+}
+
+TEST_F(CShareMemoryTest, AThreadThatIsToStopBeginsNoRound) {
+    for (const CShareMemory::EModeType eMode : {WRITER, READER}) {
+        COpenChannel channel;
+        ASSERT_TRUE(channel.open(m_uiKey, eMode, 8));
+        channel.close();
+        ASSERT_TRUE(channel.isPrepareStopThread()) << "the flag of a run stays after it";
+        channel.m_pImp->run(); // a round would look at semaphores that are closed
+        EXPECT_FALSE(channel.m_bCanWrite);
+    }
+}
+
 // An open that fails on an open channel leaves it at work with what it has.
 TEST_F(CShareMemoryTest, AnOpenThatFailsLeavesARunningChannelAsItWas) {
     const char* const aryFailure[] = {"shmget", "shmat", "sem_open"};
