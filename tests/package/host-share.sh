@@ -66,14 +66,18 @@ wait_for() {
 # write SIZE FILE
 write() { "$host" --config "$scratch/engine.xml" --share-write "$key" --size "$1" "$2" 9>&-; }
 
-# end_of_reader WHY: it has ended by itself, well, and nothing is left
-end_of_reader() {
+# end_of NAME PID FILE WHY: a host has ended by itself, well, without a word in FILE, and nothing is left
+end_of() {
     code=0
-    wait "$reader" || code=$?
-    [ $code -eq 0 ] || fail "exit code $code of the reader: $1"
-    [ ! -s "$scratch/err" ] || fail "stderr of the reader: $1"
-    [ -z "$(segment)" ] || fail "the segment is left: $1"
+    wait "$2" || code=$?
+    [ $code -eq 0 ] || fail "exit code $code of the $1: $4"
+    [ ! -s "$3" ] || fail "output of the $1: $4"
+    [ -z "$(segment)" ] || fail "the segment is left: $4"
 }
+# end_of_reader WHY
+end_of_reader() { end_of reader "$reader" "$scratch/err" "$1"; }
+# end_of_writer WHY
+end_of_writer() { end_of writer "$writer" "$scratch/writer" "$1"; }
 
 # Every block of a file reaches the reader, and then the end.
 for case in "4096 100000" "1 3" "6 60" "100000 100000" "100000 5" "100000 0" "67108864 67108865"; do
@@ -114,14 +118,6 @@ start_silent_writer() {
     exec 8>"$scratch/silent"
     rm "$scratch/silent"
     note_host "$writer"
-}
-# end_of_writer WHY
-end_of_writer() {
-    code=0
-    wait "$writer" || code=$?
-    [ $code -eq 0 ] || fail "exit code $code of the writer: $1"
-    [ ! -s "$scratch/writer" ] || fail "output of the writer: $1"
-    [ -z "$(segment)" ] || fail "the segment is left: $1"
 }
 
 # A writer without a reader ends too, and so does each on a signal.
