@@ -50,8 +50,9 @@ public:
      *  address, and for the port 0. */
     void openAsClient(const CString& strAddress, unsigned int uiPort);
     /** Ends the connection and waits for the end of its thread; nothing happens if the channel is not open. With a
-     *  listener the last onDisconnect is still posted. What has been posted is still delivered. A server whose client
-     *  is connected and silent blocks here until that sends something or leaves. */
+     *  listener a client still posts its last onDisconnect, twice; a server posts none for its own end. What has been
+     *  posted is still delivered. A server whose client is connected and silent blocks here until that sends something
+     *  or leaves. */
     void close();
     /** Whether a peer is connected, also without a listener. */
     bool isConnect() const noexcept { return m_bConnected; }
