@@ -491,7 +491,7 @@ TEST_F(CImpShareMemoryTest, StoppingNeverHangs) {
             const bool bReady = row.eMode == WRITER && row.vecValues[1];
             ASSERT_TRUE(waitUntil([&] { return channel.canWrite() == bReady; }));
             std::this_thread::sleep_for(std::chrono::milliseconds(5)); // the step to its wait cannot be seen
-            channel.m_bCanWrite = false;                               // no block of leave
+            channel.setCanWrite(false);                                // no block of leave
             standIn.m_bNoPost = bLost;
             channel.close();
             EXPECT_EQ(pCenter->getMessageCount(), row.bUnhandled ? 1u : 0u) << "a stop posts none";

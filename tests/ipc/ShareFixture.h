@@ -77,6 +77,7 @@ public:
     using CShareMemory::m_uiSegmentSize;
     using CShareMemory::m_waitRead;
     using CShareMemory::m_waitWrite;
+    using CShareMemory::setCanWrite;
 
     COpenChannel() = default;
     ~COpenChannel() override { close(); } // as every subclass: its thread calls what a subclass may override

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <iterator>
@@ -11,14 +12,22 @@ inline std::ptrdiff_t countThreads() {
     return std::distance(std::filesystem::directory_iterator("/proc/self/task"), std::filesystem::directory_iterator());
 }
 
-/** Of the program before main: its own, and what a sanitizer has. */
-inline const std::ptrdiff_t THREADS_LEAST = countThreads();
+/** The threads that the program always has: its own, and what a sanitizer starts behind the first of others. Call it
+ *  while there are no others. */
+inline std::ptrdiff_t countOwnThreads() {
+    std::thread([] {}).join();
+    std::ptrdiff_t iLeast = countThreads();
+    for (int i = 0; i < 100; ++i) // the joined one may still be on its way out
+        iLeast = std::min(iLeast, countThreads());
+    return iLeast;
+}
 
 /** Before a fork: lets threads that have ended, but that nobody joins, leave the system. One that is still about to go
- *  may hold a lock of a sanitizer, and then the child hangs. */
+ *  may hold a lock of a sanitizer, and then the child hangs. The first call comes before the threads. */
 inline void awaitSingleThread() {
+    static const std::ptrdiff_t s_iLeast = countOwnThreads();
     const auto timeEnd = std::chrono::steady_clock::now() + std::chrono::seconds(5);
-    while (countThreads() > THREADS_LEAST && std::chrono::steady_clock::now() < timeEnd)
+    while (countThreads() > s_iLeast && std::chrono::steady_clock::now() < timeEnd)
         std::this_thread::sleep_for(std::chrono::microseconds(100));
 }
 } // namespace OrlixTest
