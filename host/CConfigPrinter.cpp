@@ -1,16 +1,13 @@
 #include "CConfigPrinter.h"
 
+#include "TextOf.h"
+
 #include <Orlix/formats/CConfigParser.h>
 #include <Orlix/foundation/CStringConverter.h>
 
 #include <cwchar>
 
 using namespace Orlix;
-
-namespace {
-
-const wchar_t* textOf(const CString& strText) { return strText.getBuffer() ? strText.getBuffer() : L""; }
-} // namespace
 
 void CConfigPrinter::print() {
     const CConfigParser& config = *CConfigParser::getInstance();

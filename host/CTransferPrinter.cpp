@@ -1,6 +1,7 @@
 #include "CTransferPrinter.h"
 
 #include "CChecksum.h"
+#include "TextOf.h"
 
 #include <Orlix/formats/CXMLParser.h>
 #include <Orlix/foundation/CStringConverter.h>
@@ -11,8 +12,6 @@
 using namespace Orlix;
 
 namespace {
-
-const wchar_t* textOf(const CString& strText) { return strText.getBuffer() ? strText.getBuffer() : L""; }
 
 /** Control characters, the two line ends of Unicode, and halves of characters, which no terminal's encoding has. */
 bool breaksLine(wchar_t ch) {
