@@ -24,17 +24,17 @@ class CScriptedSocket : public ISocketClient {
 
 public:
     CScriptedSocket(COpenClient& client, CSocketTrace& trace, const std::string& strScript)
-        : m_client(client), m_trace(trace), m_strScript(strScript) {}
-    bool initSocket() override { return take("init") != 'f'; }
+        : m_client(client), m_trace(trace), m_script(trace, strScript, client.m_bPrepareStop) {}
+    bool initSocket() override { return m_script.take("init") != 'f'; }
     void closeSocket() override { m_trace.add(m_client.isConnect() ? "close" : "close unconnected"); }
     bool connect(int& iError) override {
         m_trace.add(iError == 0 ? "error is 0" : "error is set");
         iError = 111;
-        const char ch = take("connect");
+        const char ch = m_script.take("connect");
         return ch == 'c' || ch == 's';
     }
     bool receive(int& iLength) override {
-        const char ch = take("receive");
+        const char ch = m_script.take("receive");
         const std::string strChunk = ch == 'd'   ? "D"
                                      : ch == 'h' ? std::string("\xAF\0", 2)
                                                  : std::string("\xAF\xAF\0", 3);
@@ -50,16 +50,7 @@ public:
 private:
     COpenClient& m_client;
     CSocketTrace& m_trace;
-    const std::string m_strScript;
-    std::size_t m_uiNext = 0;
-
-    char take(const std::string& strCall) {
-        m_trace.add(strCall);
-        const char ch = m_uiNext < m_strScript.size() ? m_strScript[m_uiNext++] : 'x';
-        if (ch == 's' || ch == 'x')
-            m_client.m_bPrepareStop = true;
-        return ch;
-    }
+    CSocketScript m_script;
 };
 
 /** Writes delays down. After the last of those it is to let pass, it sets the stop flag. */

@@ -23,15 +23,15 @@ class CScriptedSocket : public ISocketServer {
 
 public:
     CScriptedSocket(COpenServer& server, CSocketTrace& trace, const std::string& strScript)
-        : m_server(server), m_trace(trace), m_strScript(strScript) {}
-    bool initSocket() override { return take("init") != 'f'; }
+        : m_server(server), m_trace(trace), m_script(trace, strScript, server.m_bPrepareStop) {}
+    bool initSocket() override { return m_script.take("init") != 'f'; }
     void closeSocket() override { m_trace.add("close"); }
     unsigned int connect() override {
-        const char ch = take(m_server.isConnect() ? "wait while connected" : "wait");
+        const char ch = m_script.take(m_server.isConnect() ? "wait while connected" : "wait");
         return ch == 'c' || ch == 's' ? CLIENT : 0;
     }
     int receive(unsigned int uiClientID) override {
-        const char ch = take("receive " + std::to_string(uiClientID));
+        const char ch = m_script.take("receive " + std::to_string(uiClientID));
         const std::string strChunk = ch == 'h' ? std::string("\xAF\0", 2) : "D";
         std::memcpy(m_server.m_pBuffer, strChunk.data(), strChunk.size());
         return ch == 'f' || ch == 'x' ? -1 : ch == 'e' ? 0 : static_cast<int>(strChunk.size());
@@ -44,16 +44,7 @@ public:
 private:
     COpenServer& m_server;
     CSocketTrace& m_trace;
-    const std::string m_strScript;
-    std::size_t m_uiNext = 0;
-
-    char take(const std::string& strCall) {
-        m_trace.add(strCall);
-        const char ch = m_uiNext < m_strScript.size() ? m_strScript[m_uiNext++] : 'x';
-        if (ch == 's' || ch == 'x')
-            m_server.m_bPrepareStop = true;
-        return ch;
-    }
+    CSocketScript m_script;
 };
 
 VecEntry run(const std::string& strScript, const CString& strName = L"S") {

@@ -144,6 +144,27 @@ public:
     using CSocketServer::m_uiBufferSize;
 };
 
+/** A letter for each call of a scripted socket, which is written down. The end of the script is x; s and x also set the
+ *  thread's stop flag. */
+class CSocketScript {
+public:
+    CSocketScript(CSocketTrace& trace, const std::string& strScript, bool& bPrepareStop)
+        : m_trace(trace), m_strScript(strScript), m_bPrepareStop(bPrepareStop) {}
+    char take(const std::string& strCall) {
+        m_trace.add(strCall);
+        const char ch = m_uiNext < m_strScript.size() ? m_strScript[m_uiNext++] : 'x';
+        if (ch == 's' || ch == 'x')
+            m_bPrepareStop = true;
+        return ch;
+    }
+
+private:
+    CSocketTrace& m_trace;
+    const std::string m_strScript;
+    std::size_t m_uiNext = 0;
+    bool& m_bPrepareStop;
+};
+
 inline std::string fill(const char* pFormat, const std::string& strName, unsigned int uiPort) {
     char szText[200];
     std::snprintf(szText, sizeof(szText), pFormat, strName.c_str(), static_cast<int>(uiPort));
